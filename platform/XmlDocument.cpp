@@ -1,0 +1,187 @@
+// The objects of the document object model: a document, lists of its elements, and the elements.
+
+#include "XmlDocument.h"
+
+#include <utility>
+
+#include <fileapi.h>
+
+#include "XmlStubs.h"
+#include "XmlTree.h"
+
+// {2933BF80-7B36-11D2-B20E-00C04F983E60} and the ids next to it
+extern const IID IID_IXMLDOMNode = {
+    0x2933BF80, 0x7B36, 0x11D2, {0xB2, 0x0E, 0x00, 0xC0, 0x4F, 0x98, 0x3E, 0x60}};
+extern const IID IID_IXMLDOMDocument = {
+    0x2933BF81, 0x7B36, 0x11D2, {0xB2, 0x0E, 0x00, 0xC0, 0x4F, 0x98, 0x3E, 0x60}};
+extern const IID IID_IXMLDOMNodeList = {
+    0x2933BF82, 0x7B36, 0x11D2, {0xB2, 0x0E, 0x00, 0xC0, 0x4F, 0x98, 0x3E, 0x60}};
+extern const IID IID_IXMLDOMElement = {
+    0x2933BF86, 0x7B36, 0x11D2, {0xB2, 0x0E, 0x00, 0xC0, 0x4F, 0x98, 0x3E, 0x60}};
+
+namespace platform {
+namespace {
+
+constexpr auto outOfMemory = static_cast<DWORD>(E_OUTOFMEMORY);
+constexpr auto unspecified = static_cast<DWORD>(E_FAIL);
+
+using Tree = std::shared_ptr<const XmlTree>;
+
+HRESULT GiveText(const Call& call, std::u16string_view text, BSTR* given) {
+    if (given == nullptr) return E_INVALIDARG;
+    *given = nullptr;
+    if (call.Failed()) return call.Result();
+    *given = SysAllocStringLen(text.data(), static_cast<UINT>(text.size()));
+    return *given != nullptr ? S_OK : E_OUTOFMEMORY;
+}
+
+class XmlElement final : public XmlElementStub {
+  public:
+    XmlElement(const char* call, Tree tree, std::size_t place)
+        : XmlElementStub(call), m_tree(std::move(tree)), m_place(place) {}
+
+    HRESULT STDMETHODCALLTYPE get_nodeName(BSTR* name) override {
+        const Call call("IXMLDOMNode::get_nodeName", nullptr, outOfMemory);
+        return GiveText(call, m_tree->Nodes()[m_place].text, name);
+    }
+    HRESULT STDMETHODCALLTYPE get_text(BSTR* text) override {
+        const Call call("IXMLDOMNode::get_text", nullptr, outOfMemory);
+        return GiveText(call, m_tree->Text(m_place), text);
+    }
+
+  private:
+    bool Supports(REFIID id) const override {
+        return id == IID_IDispatch || id == IID_IXMLDOMNode || id == IID_IXMLDOMElement;
+    }
+
+    Tree m_tree;
+    std::size_t m_place;
+};
+
+class XmlList final : public DispatchObject<IXMLDOMNodeList> {
+  public:
+    XmlList(const char* call, Tree tree, std::vector<std::size_t> places)
+        : DispatchObject(call), m_tree(std::move(tree)), m_places(std::move(places)) {}
+
+    HRESULT STDMETHODCALLTYPE get_item(LONG index, IXMLDOMNode** item) override {
+        const Call call("IXMLDOMNodeList::get_item", nullptr, unspecified);
+        if (item == nullptr) return E_INVALIDARG;
+        *item = nullptr;
+        if (call.Failed()) return call.Result();
+        if (index < 0 || static_cast<std::size_t>(index) >= m_places.size()) return S_FALSE;
+        *item = new XmlElement(call.Name(), m_tree, m_places[static_cast<std::size_t>(index)]);
+        return S_OK;
+    }
+    HRESULT STDMETHODCALLTYPE get_length(LONG* length) override {
+        const Call call("IXMLDOMNodeList::get_length", nullptr, unspecified);
+        if (length == nullptr) return E_INVALIDARG;
+        *length = 0;
+        if (call.Failed()) return call.Result();
+        *length = static_cast<LONG>(m_places.size());
+        return S_OK;
+    }
+    HRESULT STDMETHODCALLTYPE nextNode(IXMLDOMNode**) override { return E_NOTIMPL; }
+    HRESULT STDMETHODCALLTYPE reset() override { return E_NOTIMPL; }
+    HRESULT STDMETHODCALLTYPE get__newEnum(IUnknown**) override { return E_NOTIMPL; }
+
+  private:
+    bool Supports(REFIID id) const override {
+        return id == IID_IDispatch || id == IID_IXMLDOMNodeList;
+    }
+
+    Tree m_tree;
+    std::vector<std::size_t> m_places;
+};
+
+// The document that stands in the file, or null: no such file, or not well-formed.
+Tree ReadTree(LPCWSTR path, bool keepBlanks) {
+    const HANDLE file = CreateFileW(path, GENERIC_READ, FILE_SHARE_READ, nullptr, OPEN_EXISTING,
+                                    FILE_ATTRIBUTE_NORMAL, nullptr);
+    if (file == INVALID_HANDLE_VALUE) return nullptr;
+    XmlReader reader(keepBlanks);
+    std::string buffer(0x10000, '\0');
+    DWORD read = 0;
+    bool good = true;
+    do {
+        good = ReadFile(file, buffer.data(), static_cast<DWORD>(buffer.size()), &read, nullptr) &&
+               reader.Feed(std::string_view(buffer.data(), read));
+    } while (good && read != 0);
+    CloseHandle(file);
+    return good ? reader.Finish() : nullptr;
+}
+
+// It loads at once, doesn't validate and reads nothing else: the switches for that can only be off.
+class XmlDocument final : public XmlDocumentStub {
+  public:
+    explicit XmlDocument(const char* call) : XmlDocumentStub(call) {}
+
+    HRESULT STDMETHODCALLTYPE put_async(VARIANT_BOOL value) override {
+        return SwitchOff("IXMLDOMDocument::put_async", value);
+    }
+    HRESULT STDMETHODCALLTYPE put_validateOnParse(VARIANT_BOOL value) override {
+        return SwitchOff("IXMLDOMDocument::put_validateOnParse", value);
+    }
+    HRESULT STDMETHODCALLTYPE put_resolveExternals(VARIANT_BOOL value) override {
+        return SwitchOff("IXMLDOMDocument::put_resolveExternals", value);
+    }
+    HRESULT STDMETHODCALLTYPE put_preserveWhiteSpace(VARIANT_BOOL value) override {
+        const Call call("IXMLDOMDocument::put_preserveWhiteSpace", nullptr, unspecified);
+        if (call.Failed()) return call.Result();
+        m_keepBlanks = value != VARIANT_FALSE;
+        return S_OK;
+    }
+
+    HRESULT STDMETHODCALLTYPE load(VARIANT source, VARIANT_BOOL* loaded) override {
+        const bool isPath = source.vt == VT_BSTR && source.bstrVal != nullptr;
+        const Call call("IXMLDOMDocument::load", isPath ? source.bstrVal : nullptr, unspecified);
+        if (loaded == nullptr) return E_INVALIDARG;
+        *loaded = VARIANT_FALSE;
+        if (call.Failed()) return call.Result();
+        if (!isPath) return E_INVALIDARG;
+        m_tree = ReadTree(source.bstrVal, m_keepBlanks);
+        if (m_tree == nullptr) return S_FALSE;
+        *loaded = VARIANT_TRUE;
+        return S_OK;
+    }
+    HRESULT STDMETHODCALLTYPE getElementsByTagName(BSTR name, IXMLDOMNodeList** list) override {
+        const Call call("IXMLDOMDocument::getElementsByTagName", name, outOfMemory);
+        if (name == nullptr || list == nullptr) return E_INVALIDARG;
+        *list = nullptr;
+        if (call.Failed()) return call.Result();
+        std::vector<std::size_t> places;
+        if (m_tree != nullptr) places = m_tree->Find(name);
+        *list = new XmlList(call.Name(), m_tree, std::move(places));
+        return S_OK;
+    }
+    HRESULT STDMETHODCALLTYPE get_documentElement(IXMLDOMElement** element) override {
+        const Call call("IXMLDOMDocument::get_documentElement", nullptr, unspecified);
+        if (element == nullptr) return E_INVALIDARG;
+        *element = nullptr;
+        if (call.Failed()) return call.Result();
+        if (m_tree == nullptr) return S_FALSE;
+        *element = new XmlElement(call.Name(), m_tree, 0);
+        return S_OK;
+    }
+
+  private:
+    bool Supports(REFIID id) const override {
+        return id == IID_IDispatch || id == IID_IXMLDOMNode || id == IID_IXMLDOMDocument;
+    }
+
+    static HRESULT SwitchOff(const char* name, VARIANT_BOOL value) {
+        const Call call(name, nullptr, unspecified);
+        if (call.Failed()) return call.Result();
+        return value == VARIANT_FALSE ? S_OK : E_NOTIMPL;
+    }
+
+    Tree m_tree;  // null until a document is loaded
+    bool m_keepBlanks = false;
+};
+
+}  // namespace
+
+HRESULT CreateXmlDocument(REFIID id, void** object) {
+    return HandOut(new XmlDocument("CoCreateInstance"), id, object);
+}
+
+}  // namespace platform
