@@ -1,0 +1,27 @@
+#pragma once
+// The in-page help: one XML file, read at process attach, whose elements hold Rich Text Format. The
+// sheet's thread only.
+
+#include <windows.h>
+#include <msxml.h>
+
+#include "AutoClasses.h"
+
+struct HelpDocument {
+    bool comInitialized = false;                // a CoUninitialize is owed
+    ScopedReference<IXMLDOMDocument> document;  // null when anything failed
+};
+
+// Initialises COM and reads Documentation\help.xml below the installation directory. A failure
+// leaves `document` null and is silent.
+void LoadHelpDocument(HelpDocument& help);
+// Releases the document and, if it is owed, uninitialises COM.
+void ReleaseHelpDocument(HelpDocument& help);
+
+// Shows the first element named `key` (less a leading '*') followed by `suffix`, which may be null.
+// `help` may be null. Without such an element the control is emptied.
+void ShowHelpTopic(const HelpDocument* help, HWND richEdit, LPCWSTR key, LPCWSTR suffix);
+// Gives the control the background of all help panes.
+void PrepareHelpControl(HWND richEdit);
+// Shows what stands in `text` from its first '{' on as Rich Text Format; without one, nothing.
+void SetRichEditText(HWND richEdit, LPCWSTR text);
