@@ -1,0 +1,27 @@
+#include "AdapterValues.h"
+
+#include <algorithm>
+#include <strsafe.h>
+
+void SetAdapterKey(LogStream* log, const TuningAdapter& adapter, LPCWSTR name, int number) {
+    WCHAR text[12];  // "-2147483648" and the terminator
+    (void)StringCchPrintfW(text, ARRAYSIZE(text), TEXT("%d"), number);
+    LogFormatted(log, TEXT("Setting adapter %d key %s to %s"), adapter.number, name, text);
+
+    size_t length = 0;
+    (void)StringCchLengthW(text, ARRAYSIZE(text), &length);
+    (void)RegSetValueExW(adapter.key.Get(), name, 0, REG_SZ, reinterpret_cast<const BYTE*>(text),
+                         static_cast<DWORD>((length + 1) * sizeof(WCHAR)));
+}
+
+void DeleteAdapterKey(LogStream* log, const TuningAdapter& adapter, LPCWSTR name) {
+    LogFormatted(log, TEXT("Deleting adapter %d key %s"), adapter.number, name);
+    (void)RegDeleteValueW(adapter.key.Get(), name);
+}
+
+int GetOsTuningLevel() {
+    OSVERSIONINFOW version = {};
+    version.dwOSVersionInfoSize = sizeof(version);
+    if (!GetVersionExW(&version) || version.dwMajorVersion < 6) return 0;
+    return static_cast<int>(std::min<DWORD>(version.dwMinorVersion, 2));
+}

@@ -1,0 +1,38 @@
+#pragma once
+// The tuning log, %windir%\System32\LogFiles\PerformanceTuning.log: UTF-16LE with a byte-order
+// mark, lines ended by CR LF, only ever appended to. It is open for one step at a time. The sheet's
+// thread. A failed write is not noticed.
+
+#include <windows.h>
+#include <utility>
+
+#include "AutoClasses.h"
+
+inline constexpr size_t kLogTextCapacity = 260;  // characters of a line's text, with terminator
+
+class LogStream {
+  public:
+    LogStream() = default;
+    explicit LogStream(ScopedFile file) : m_file(std::move(file)) {}
+
+    explicit operator bool() const { return static_cast<bool>(m_file); }
+    void Close() { m_file.Reset(); }
+    // Writes the text as it stands, without a time stamp, each "\n" as CR LF.
+    void Write(LPCWSTR text);
+
+  private:
+    ScopedFile m_file;
+};
+
+// The log's full path. Makes its directory when it is missing. False when the Windows directory
+// isn't known, the path is longer than `capacity` characters or the directory can't be made.
+bool GetLogFileName(LPWSTR buffer, size_t capacity);
+// Opens the log for appending, or makes it; the path stays in the buffer. The stream is false when
+// the name or the file isn't to be had.
+LogStream OpenTuningLog(LPWSTR buffer, size_t capacity);
+
+// Writes the local time, the text and a line end. A text that ends in "\n" leaves a blank line
+// behind it. `log` may be null: then nothing is written, and the result is false.
+bool LogLine(LogStream* log, LPCWSTR text);
+// LogLine of the formatted text, cut at kLogTextCapacity.
+void LogFormatted(LogStream* log, LPCWSTR format, ...);
