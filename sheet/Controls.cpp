@@ -1,0 +1,335 @@
+#include "Controls.h"
+
+#include <commctrl.h>
+#include <algorithm>
+
+#include "Transcript.h"
+
+namespace sheet {
+
+namespace {
+
+constexpr int kTextCapacity = 1024;  // characters of an entry or a cell
+constexpr int kMostColumns = 64;
+
+Text WindowText(HWND window) {
+    Text text(static_cast<std::size_t>(GetWindowTextLengthW(window)) + 1, TEXT('\0'));
+    const int length = GetWindowTextW(window, text.data(), static_cast<int>(text.size()));
+    text.resize(static_cast<std::size_t>(length));
+    return text;
+}
+
+bool IsCheckable(LONG style) {
+    const LONG type = style & BS_TYPEMASK;
+    return type == BS_CHECKBOX || type == BS_AUTOCHECKBOX || type == BS_RADIOBUTTON ||
+           type == BS_3STATE || type == BS_AUTO3STATE || type == BS_AUTORADIOBUTTON;
+}
+
+Class KindOf(const Text& className, LONG style) {
+    if (EqualNoCase(className, TEXT("Button")))
+        return (style & BS_TYPEMASK) == BS_GROUPBOX ? Class::GroupBox : Class::Button;
+    if (EqualNoCase(className, TEXT("Static"))) {
+        const LONG type = style & SS_TYPEMASK;
+        return type == SS_BITMAP || type == SS_ICON ? Class::Picture : Class::Static;
+    }
+    if (StartsWithNoCase(className, TEXT("RichEdit"))) return Class::RichEdit;
+    constexpr struct {
+        const WCHAR* name;
+        Class kind;
+    } kClasses[] = {
+        {TEXT("Edit"), Class::Edit},
+        {TEXT("ComboBox"), Class::ComboBox},
+        {TEXT("ListBox"), Class::ListBox},
+        {TEXT("SysListView32"), Class::ListView},
+    };
+    for (const auto& known : kClasses) {
+        if (EqualNoCase(className, known.name)) return known.kind;
+    }
+    return Class::Other;
+}
+
+Place ToUnits(HWND dialog, const RECT& pixels) {
+    RECT thousand = {0, 0, 1000, 1000};
+    MapDialogRect(dialog, &thousand);
+    const auto across = [&](LONG x) { return static_cast<int>(x * 1000 / thousand.right); };
+    const auto down = [&](LONG y) { return static_cast<int>(y * 1000 / thousand.bottom); };
+    return {across(pixels.left), down(pixels.top), across(pixels.right), down(pixels.bottom)};
+}
+
+Place PlaceOf(HWND dialog, HWND window) {
+    RECT pixels = {};
+    GetWindowRect(window, &pixels);
+    MapWindowPoints(HWND_DESKTOP, dialog, reinterpret_cast<POINT*>(&pixels), 2);
+    return ToUnits(dialog, pixels);
+}
+
+Control ReadControl(HWND dialog, HWND window) {
+    Control control = {};
+    control.window = window;
+    const int id = GetDlgCtrlID(window);
+    if (static_cast<WORD>(id) != 0xFFFF) control.id = id;
+    WCHAR className[256] = {};
+    GetClassNameW(window, className, ARRAYSIZE(className));
+    control.className = className;
+    control.style = static_cast<LONG>(GetWindowLongPtrW(window, GWL_STYLE));
+    control.kind = KindOf(control.className, control.style);
+    if (control.kind != Class::Picture) control.text = WindowText(window);
+    control.place = PlaceOf(dialog, window);
+    control.isShown = (control.style & WS_VISIBLE) != 0;
+    control.isEnabled = IsWindowEnabled(window) != FALSE;
+    if (control.kind == Class::Button && IsCheckable(control.style))
+        control.isChecked = (SendMessageW(window, BM_GETCHECK, 0, 0) & 1) != 0;
+    return control;
+}
+
+std::string NameOf(const Control& control) {
+    return control.id ? std::to_string(*control.id) : std::string("-");
+}
+
+std::string StateOf(const Control& control) {
+    std::string state = control.isShown ? "shown," : "hidden,";
+    state += control.isEnabled ? "enabled" : "disabled";
+    if (control.isChecked) state += *control.isChecked ? ",checked" : ",unchecked";
+    return state;
+}
+
+// For `row` and `entry` lines: the words that apply, or - for none.
+std::string StateOf(const std::optional<bool>& isChecked, bool isSelected) {
+    std::string state;
+    if (isChecked) state = *isChecked ? "checked" : "unchecked";
+    if (isSelected) state += state.empty() ? "selected" : ",selected";
+    return state.empty() ? "-" : state;
+}
+
+struct ListMessages {
+    UINT count;
+    UINT length;
+    UINT text;
+};
+constexpr ListMessages kComboBox = {CB_GETCOUNT, CB_GETLBTEXTLEN, CB_GETLBTEXT};
+constexpr ListMessages kListBox = {LB_GETCOUNT, LB_GETTEXTLEN, LB_GETTEXT};
+
+bool IsMultiple(const Control& list) {
+    return (list.style & (LBS_MULTIPLESEL | LBS_EXTENDEDSEL)) != 0;
+}
+
+bool IsSelected(const Control& list, WPARAM index) {
+    if (list.kind == Class::ListBox && IsMultiple(list))
+        return SendMessageW(list.window, LB_GETSEL, index, 0) > 0;
+    const UINT message = list.kind == Class::ComboBox ? CB_GETCURSEL : LB_GETCURSEL;
+    return SendMessageW(list.window, message, 0, 0) == static_cast<LRESULT>(index);
+}
+
+Text CellOf(HWND list, int row, int column) {
+    WCHAR text[kTextCapacity] = {};
+    LVITEMW item = {};
+    item.iSubItem = column;
+    item.pszText = text;
+    item.cchTextMax = kTextCapacity;
+    SendMessageW(list, LVM_GETITEMTEXTW, static_cast<WPARAM>(row), reinterpret_cast<LPARAM>(&item));
+    return Text(item.pszText);
+}
+
+UINT ItemState(HWND list, int row, UINT mask) {
+    return static_cast<UINT>(SendMessageW(list, LVM_GETITEMSTATE, static_cast<WPARAM>(row), mask));
+}
+
+void SetItemState(HWND list, int row, UINT state, UINT mask) {
+    LVITEMW item = {};
+    item.state = state;
+    item.stateMask = mask;
+    SendMessageW(list, LVM_SETITEMSTATE, static_cast<WPARAM>(row), reinterpret_cast<LPARAM>(&item));
+}
+
+// The control of that id, when a person could work with it.
+Control Reach(HWND dialog, int id) {
+    const std::string name = "control " + std::to_string(id);
+    const HWND window = GetDlgItem(dialog, id);
+    if (window == nullptr) throw Refusal{"there is no " + name};
+    Control control = ReadControl(dialog, window);
+    if (!control.isShown) throw Refusal{name + " is hidden"};
+    if (!control.isEnabled) throw Refusal{name + " is disabled"};
+    for (HWND above = dialog; above != nullptr; above = GetParent(above)) {
+        if (!IsWindowEnabled(above)) throw Refusal{name + " is blocked by another window"};
+        if ((GetWindowLongPtrW(above, GWL_STYLE) & WS_CHILD) == 0) break;
+    }
+    return control;
+}
+
+[[noreturn]] void RefuseKind(int id, const char* wanted) {
+    throw Refusal{"control " + std::to_string(id) + " is no " + wanted};
+}
+
+void Notify(const Control& control, WORD code) {
+    const HWND dialog = GetParent(control.window);
+    SendMessageW(dialog, WM_COMMAND, MAKEWPARAM(static_cast<WORD>(*control.id), code),
+                 reinterpret_cast<LPARAM>(control.window));
+}
+
+struct ListViewRow {
+    HWND list;
+    LONG style;
+    bool hasCheckBoxes;
+    int index;
+    int count;
+};
+
+ListViewRow FindRow(HWND dialog, int id, const Text& text) {
+    const Control list = Reach(dialog, id);
+    if (list.kind != Class::ListView) RefuseKind(id, "list view");
+    const auto rows = RowsOf(list);
+    for (std::size_t i = 0; i < rows.size(); ++i) {
+        if (rows[i].columns.front() != text) continue;
+        return {list.window, list.style, rows[i].isChecked.has_value(), static_cast<int>(i),
+                static_cast<int>(rows.size())};
+    }
+    throw Refusal{"control " + std::to_string(id) + " has no row \"" + ToUtf8(text) + "\""};
+}
+
+}  // namespace
+
+int WidthOf(HWND dialog) {
+    RECT pixels = {};
+    GetClientRect(dialog, &pixels);
+    return ToUnits(dialog, pixels).right;
+}
+
+std::vector<Control> ControlsOf(HWND dialog) {
+    std::vector<Control> controls;
+    for (HWND child = GetWindow(dialog, GW_CHILD); child != nullptr;
+         child = GetWindow(child, GW_HWNDNEXT))
+        controls.push_back(ReadControl(dialog, child));
+    return controls;
+}
+
+std::vector<Entry> EntriesOf(const Control& list) {
+    const ListMessages& messages = list.kind == Class::ComboBox ? kComboBox : kListBox;
+    std::vector<Entry> entries;
+    const LRESULT count = SendMessageW(list.window, messages.count, 0, 0);
+    for (LRESULT i = 0; i < count; ++i) {
+        const WPARAM index = static_cast<WPARAM>(i);
+        const LRESULT length = SendMessageW(list.window, messages.length, index, 0);
+        Text text(static_cast<std::size_t>(length < 0 ? 0 : length) + 1, TEXT('\0'));
+        SendMessageW(list.window, messages.text, index, reinterpret_cast<LPARAM>(text.data()));
+        text.pop_back();
+        entries.push_back({text, IsSelected(list, index)});
+    }
+    return entries;
+}
+
+std::vector<Text> HeadingsOf(const Control& list) {
+    std::vector<Text> headings;
+    for (int i = 0; i < kMostColumns; ++i) {
+        WCHAR text[kTextCapacity] = {};
+        LVCOLUMNW column = {};
+        column.mask = LVCF_TEXT;
+        column.pszText = text;
+        column.cchTextMax = kTextCapacity;
+        if (!SendMessageW(list.window, LVM_GETCOLUMNW, static_cast<WPARAM>(i),
+                          reinterpret_cast<LPARAM>(&column)))
+            break;
+        headings.emplace_back(column.pszText);
+    }
+    return headings;
+}
+
+std::vector<Row> RowsOf(const Control& list) {
+    const HWND window = list.window;
+    const auto columns = static_cast<int>(HeadingsOf(list).size());
+    const bool hasCheckBoxes =
+        (SendMessageW(window, LVM_GETEXTENDEDLISTVIEWSTYLE, 0, 0) & LVS_EX_CHECKBOXES) != 0;
+    std::vector<Row> rows;
+    const auto count = static_cast<int>(SendMessageW(window, LVM_GETITEMCOUNT, 0, 0));
+    for (int i = 0; i < count; ++i) {
+        Row row;
+        for (int column = 0; column < std::max(columns, 1); ++column)
+            row.columns.push_back(CellOf(window, i, column));
+        row.isSelected = ItemState(window, i, LVIS_SELECTED) != 0;
+        // The second state image is the checked box.
+        if (hasCheckBoxes) row.isChecked = ItemState(window, i, LVIS_STATEIMAGEMASK) >> 12 == 2;
+        rows.push_back(std::move(row));
+    }
+    return rows;
+}
+
+std::string ListControls(HWND dialog) {
+    std::string lines;
+    for (const Control& control : ControlsOf(dialog)) {
+        const std::string id = NameOf(control);
+        lines +=
+            Line({"control", id, Field(control.className), Field(control.text), StateOf(control)});
+        if (control.kind == Class::ComboBox || control.kind == Class::ListBox) {
+            for (const Entry& entry : EntriesOf(control))
+                lines +=
+                    Line({"entry", id, Field(entry.text), StateOf(std::nullopt, entry.isSelected)});
+        }
+        if (control.kind != Class::ListView) continue;
+        for (const Row& row : RowsOf(control)) {
+            std::string line = "row";
+            AddField(line, id);
+            for (const Text& cell : row.columns)
+                AddField(line, Field(cell));
+            AddField(line, StateOf(row.isChecked, row.isSelected));
+            lines += line + "\n";
+        }
+    }
+    return lines;
+}
+
+void PressControl(HWND dialog, int id) {
+    const Control control = Reach(dialog, id);
+    if (control.kind != Class::Button) RefuseKind(id, "button");
+    PostMessageW(control.window, BM_CLICK, 0, 0);
+}
+
+void TypeInto(HWND dialog, int id, const Text& text) {
+    const Control control = Reach(dialog, id);
+    if (control.kind != Class::Edit && control.kind != Class::RichEdit) RefuseKind(id, "edit");
+    if ((control.style & ES_READONLY) != 0)
+        throw Refusal{"control " + std::to_string(id) + " is read-only"};
+    // Replaced rather than set: so the control keeps to its limit and tells its dialog.
+    SendMessageW(control.window, EM_SETSEL, 0, -1);
+    SendMessageW(control.window, EM_REPLACESEL, TRUE, reinterpret_cast<LPARAM>(text.c_str()));
+}
+
+void SelectEntry(HWND dialog, int id, const Text& text) {
+    const Control control = Reach(dialog, id);
+    const bool isCombo = control.kind == Class::ComboBox;
+    if (!isCombo && control.kind != Class::ListBox) RefuseKind(id, "list");
+    const auto entries = EntriesOf(control);
+    for (std::size_t i = 0; i < entries.size(); ++i) {
+        if (entries[i].text != text) continue;
+        if (isCombo) {
+            SendMessageW(control.window, CB_SETCURSEL, i, 0);
+            Notify(control, CBN_SELENDOK);
+            Notify(control, CBN_SELCHANGE);
+        } else {
+            if (IsMultiple(control)) {
+                SendMessageW(control.window, LB_SETSEL, TRUE, static_cast<LPARAM>(i));
+            } else {
+                SendMessageW(control.window, LB_SETCURSEL, i, 0);
+            }
+            if ((control.style & LBS_NOTIFY) != 0) Notify(control, LBN_SELCHANGE);
+        }
+        return;
+    }
+    throw Refusal{"control " + std::to_string(id) + " has no entry \"" + ToUtf8(text) + "\""};
+}
+
+void CheckRow(HWND dialog, int id, const Text& text, bool checked) {
+    const ListViewRow row = FindRow(dialog, id, text);
+    if (!row.hasCheckBoxes) throw Refusal{"control " + std::to_string(id) + " has no check boxes"};
+    SetItemState(row.list, row.index, (checked ? 2U : 1U) << 12, LVIS_STATEIMAGEMASK);
+}
+
+void SelectRow(HWND dialog, int id, const Text& text) {
+    const ListViewRow row = FindRow(dialog, id, text);
+    constexpr UINT kMark = LVIS_SELECTED | LVIS_FOCUSED;
+    for (int i = 0; i < row.count; ++i) {
+        if (i != row.index && ItemState(row.list, i, kMark) != 0)
+            SetItemState(row.list, i, 0, kMark);
+    }
+    SetItemState(row.list, row.index, kMark, kMark);
+}
+
+}  // namespace sheet

@@ -1,0 +1,32 @@
+#pragma once
+// Message boxes as the transcript and the script name them.
+
+#include <optional>
+#include <string>
+#include <string_view>
+#include <vector>
+
+#include "Text.h"
+
+namespace sheet {
+
+struct Box {
+    HWND window;
+    Text caption;
+    Text text;
+    UINT style;  // MB_...
+};
+
+// The ids of the box's buttons from left to right.
+std::vector<int> ButtonsOf(UINT style);
+// OK or Yes, or on a box without them its default button.
+int DefaultAnswer(UINT style);
+// "ok" for IDOK and so on; nothing for a name that is no button.
+std::optional<int> ButtonNamed(std::string_view name);
+const char* NameOfButton(int id);
+// The caption that a person reads on it.
+const char* LabelOfButton(int id);
+// "box | caption | style | text | answer" with its line end.
+std::string DescribeBox(const Box& box, int answer);
+
+}  // namespace sheet

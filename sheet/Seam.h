@@ -1,0 +1,43 @@
+#pragma once
+// The few things that differ between the builds: on the host the machine is one that was loaded
+// from a file and has a clock of its own, on Windows it is the computer.
+
+#include <cstdint>
+#include <string>
+
+namespace sheet {
+
+// Stands around a call into the library.
+class LibraryCall {
+  public:
+    LibraryCall();
+    ~LibraryCall();
+    LibraryCall(const LibraryCall&) = delete;
+    LibraryCall& operator=(const LibraryCall&) = delete;
+
+  private:
+    void* m_scope;
+};
+
+// Milliseconds that the machine has run.
+std::uint64_t MachineTime();
+// The user does nothing until that much time has passed and all is quiet.
+void LetTimePass(std::uint64_t milliseconds);
+// The user is asked for a deed at that time, also while time is passing.
+void WakeAt(std::uint64_t time);
+
+// Imports a machine file into the running machine. Refusal: "FILE:LINE: what is wrong".
+void MergeFile(const std::string& path);
+
+// Keeps the registry as it is, for a later comparison. Called once, when a session begins.
+void RememberRegistry();
+// Which way changes lead: to the registry as it is, or back to what it was.
+enum class Changes { Made, Undone };
+// The text of a machine file that takes the registry there when it is merged. What the machine
+// counts of restarts is left out. Refusal: it can't be told, or not be written in such a file.
+std::string RegistryChanges(Changes changes);
+
+// What the library has written to its standard output and error so far, in UTF-8.
+std::string LibraryOutput();
+
+}  // namespace sheet

@@ -1,0 +1,80 @@
+#include "LoadedMachine.h"
+
+#include <cstdio>
+#include <filesystem>
+#include <fstream>
+#include <sstream>
+
+#include "../Transcript.h"
+#include "AccessLayerImage.h"
+#include "Drive.h"
+#include "LibraryImage.h"
+#include "MachineFile.h"
+#include "Modules.h"
+
+namespace sheet {
+
+namespace {
+
+void PrintCall(const platform::Trace::Record& call) {
+    const std::string argument = call.argument.empty() ? "-" : Field(call.argument);
+    const std::string thread = "thread " + std::to_string(call.thread);
+    const std::string line =
+        Line({"call", call.name, argument, thread, call.failed ? "fault" : "-"});
+    std::fwrite(line.data(), 1, line.size(), stderr);
+}
+
+}  // namespace
+
+std::string ReadWholeFile(const std::string& path) {
+    std::ifstream file(path, std::ios::binary);
+    std::error_code ignored;
+    // A folder opens like a file.
+    if (!file || std::filesystem::is_directory(path, ignored))
+        throw Refusal{path + ": can't be read"};
+    std::ostringstream bytes;
+    bytes << file.rdbuf();
+    return bytes.str();
+}
+
+void Load(platform::Machine& machine, const Options& options) {
+    const auto error = platform::LoadMachineFile(machine, ReadWholeFile(options.machine));
+    if (error)
+        throw Refusal{options.machine + ":" + std::to_string(error->line) + ": " + error->message};
+    if (options.files && !machine.Get<platform::Drive>().Mount(*options.files))
+        throw Refusal{*options.files + ": can't be used as drive C:"};
+    machine.Get<platform::Modules>().Install(LibraryImage());
+    machine.Get<platform::Modules>().Install(platform::AccessLayerImage());
+    if (options.trace) machine.trace.onCall = PrintCall;
+}
+
+void Save(platform::Machine& machine, const std::string& path) {
+    const std::string bytes = platform::SaveMachineFile(machine);
+    std::ofstream file(path, std::ios::binary);
+    file.write(bytes.data(), static_cast<std::streamsize>(bytes.size()));
+    file.close();
+    if (!file) throw Refusal{path + ": can't be written"};
+}
+
+SessionUser::SessionUser(platform::Machine& machine, Session& session)
+    : m_machine(machine), m_session(session) {
+    m_machine.user = this;
+}
+
+SessionUser::~SessionUser() {
+    m_machine.user = nullptr;
+}
+
+int SessionUser::OnMessageBox(const platform::MessageBoxRequest& box) {
+    return m_session.OnMessageBox({box.window, box.caption, box.text, box.style});
+}
+
+std::optional<std::u16string> SessionUser::OnFileDialog(const platform::FileDialogRequest&) {
+    return m_session.OnFileDialog();
+}
+
+bool SessionUser::OnIdle() {
+    return m_session.OnIdle();
+}
+
+}  // namespace sheet
