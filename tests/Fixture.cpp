@@ -1,0 +1,241 @@
+#include "Fixture.h"
+
+#include <setupapi.h>
+
+#include "Call.h"
+#include "Drive.h"
+#include "Facts.h"
+#include "LibraryImage.h"
+#include "MachineFile.h"
+#include "Modules.h"
+#include "Registry.h"
+#include "Text.h"
+
+namespace {
+
+using Provider = BOOL(WINAPI*)(PSP_PROPSHEETPAGE_REQUEST, LPFNADDPROPSHEETPAGE, LPARAM);
+
+struct Adder {
+    std::vector<HPROPSHEETPAGE>* pages;
+    bool refuse;
+};
+
+BOOL CALLBACK AddPage(HPROPSHEETPAGE page, LPARAM parameter) {
+    const platform::QuietScope quiet;
+    Adder& adder = *reinterpret_cast<Adder*>(parameter);
+    if (adder.refuse) return FALSE;
+    adder.pages->push_back(page);
+    return TRUE;
+}
+
+constexpr char kLog[] = "C:\\Windows\\System32\\LogFiles\\PerformanceTuning.log";
+
+// The button that a box without an answer gets: the first one.
+int DefaultButton(UINT style) {
+    switch (style & 0xF) {
+        case MB_YESNO:
+        case MB_YESNOCANCEL:
+            return IDYES;
+        default:
+            return IDOK;
+    }
+}
+
+}  // namespace
+
+std::u16string Wide(const std::string& utf8) {
+    return platform::FromUtf8(utf8);
+}
+
+int ScriptedUser::OnMessageBox(const platform::MessageBoxRequest& box) {
+    m_boxes.push_back({box.caption, box.text, box.style});
+    if (m_answers.empty()) {
+        if (agrees) return DefaultButton(box.style);
+        ADD_FAILURE() << "unexpected box: " << platform::ToUtf8(box.caption) << ": "
+                      << platform::ToUtf8(box.text);
+        return DefaultButton(box.style);
+    }
+    const int answer = m_answers.front();
+    m_answers.pop_front();
+    return answer;
+}
+
+std::optional<std::u16string> ScriptedUser::OnFileDialog(const platform::FileDialogRequest&) {
+    if (m_paths.empty()) {
+        ADD_FAILURE() << "unexpected file dialog";
+        return std::nullopt;
+    }
+    auto path = std::move(m_paths.front());
+    m_paths.pop_front();
+    return path;
+}
+
+bool ScriptedUser::OnIdle() {
+    if (!m_deeds.empty()) {
+        const std::function<void()> deed = std::move(m_deeds.front());
+        m_deeds.pop_front();
+        deed();
+        return true;
+    }
+    return atEnd && atEnd();
+}
+
+TestMachine::TestMachine(const Sample& theSample, std::uint64_t seed, const char* help)
+    : machine(seed), sample(theSample) {
+    machine.onLeak = [](const platform::Ledger::Entry& entry) {
+        ADD_FAILURE() << "leak: " << entry.kind << " of " << entry.call;
+    };
+    machine.user = &user;
+    const platform::QuietScope quiet;
+    if (const auto error = platform::LoadMachineFile(machine, sample.Text()))
+        ADD_FAILURE() << "sample, line " << error->line << ": " << error->message;
+    machine.Get<platform::Modules>().Install(LibraryImage());
+    if (help != nullptr) {
+        machine.Get<platform::Drive>().WriteWholeFile(
+            u"C:\\Program Files\\Corvanta\\Documentation\\help.xml", help);
+    }
+}
+
+TestMachine::~TestMachine() {
+    if (!machine.Ended()) Detach();
+}
+
+HMODULE TestMachine::Attach() {
+    const platform::QuietScope quiet;
+    if (m_library == nullptr) m_library = LoadLibraryW(u"WinTsrTune_ipoib.dll");
+    return m_library;
+}
+
+void TestMachine::Detach() {
+    const platform::QuietScope quiet;
+    if (m_library != nullptr) FreeLibrary(m_library);
+    m_library = nullptr;
+}
+
+TestMachine::ProviderResult TestMachine::CallProvider(int port, bool refuse) {
+    return CallProvider(sample.InstanceId(port), "WinTsrTunePropPageProvider", refuse);
+}
+
+TestMachine::ProviderResult TestMachine::CallBusProvider(bool refuse) {
+    return CallProvider(Sample::BusInstanceId(), "CvtPropPageProvider", refuse);
+}
+
+TestMachine::ProviderResult TestMachine::CallProvider(const std::string& instanceId,
+                                                      const char* name, bool refuse) {
+    const HMODULE library = Attach();
+    const platform::QuietScope quiet;
+    ProviderResult result{};
+    Adder adder{&result.pages, refuse};
+    SP_DEVINFO_DATA device{};
+    device.cbSize = sizeof(device);
+    const HDEVINFO list = SetupDiCreateDeviceInfoList(nullptr, nullptr);
+    EXPECT_TRUE(SetupDiOpenDeviceInfoW(list, Wide(instanceId).c_str(), nullptr, 0, &device));
+
+    SP_PROPSHEETPAGE_REQUEST request{};
+    request.cbSize = sizeof(request);
+    request.PageRequested = SPPSR_ENUM_ADV_DEVICE_PROPERTIES;
+    request.DeviceInfoSet = list;
+    request.DeviceInfoData = &device;
+    const auto provider =
+        reinterpret_cast<Provider>(reinterpret_cast<void (*)()>(GetProcAddress(library, name)));
+    {
+        const platform::CallbackScope counting;
+        result.result = provider(&request, AddPage, reinterpret_cast<LPARAM>(&adder));
+    }
+    SetupDiDestroyDeviceInfoList(list);
+    return result;
+}
+
+bool TestMachine::RunSheet(int port) {
+    return RunSheet(CallProvider(port));
+}
+
+bool TestMachine::RunBusSheet() {
+    return RunSheet(CallBusProvider());
+}
+
+bool TestMachine::RunSheet(ProviderResult provided) {
+    if (provided.pages.empty()) return false;
+    const platform::QuietScope quiet;
+    PROPSHEETHEADERW header{};
+    header.dwSize = sizeof(header);
+    header.pszCaption = u"Adapter";
+    header.nPages = static_cast<UINT>(provided.pages.size());
+    header.phpage = provided.pages.data();
+    header.dwFlags = PSH_USECALLBACK;
+    header.pfnCallback = [](HWND, UINT, LPARAM) { return 0; };
+    bool cancelled = false;
+    user.atEnd = [&] {
+        if (cancelled) return false;
+        cancelled = true;
+        PostMessageW(m_sheet, PSM_PRESSBUTTON, PSBTN_CANCEL, 0);
+        return true;
+    };
+    // The sheet's window is the foreground when the user is first asked.
+    user.DoFirst([&] { m_sheet = GetForegroundWindow(); });
+    PropertySheetW(&header);
+    m_sheet = nullptr;
+    user.atEnd = nullptr;
+    return true;
+}
+
+HWND TestMachine::Page() const {
+    return reinterpret_cast<HWND>(SendMessageW(m_sheet, PSM_GETCURRENTPAGEHWND, 0, 0));
+}
+
+void TestMachine::Press(int control) {
+    SendDlgItemMessageW(Page(), control, BM_CLICK, 0, 0);
+}
+
+bool TestMachine::IsChecked(int control) {
+    return IsDlgButtonChecked(Page(), control) == BST_CHECKED;
+}
+
+std::optional<std::u16string> TestMachine::Text(const std::string& path,
+                                                const std::u16string& value) const {
+    return platform::MachineText(Wide(path), value.c_str());
+}
+
+std::optional<DWORD> TestMachine::Number(const std::string& path,
+                                         const std::u16string& value) const {
+    return platform::MachineNumber(Wide(path), value.c_str());
+}
+
+std::u16string TestMachine::PortText(int port, const std::u16string& value) const {
+    return Text(Sample::ClassKey(port), value).value_or(u"-");
+}
+
+DWORD TestMachine::Restarts(int port) const {
+    return Number("SOFTWARE\\StandIn\\Restarts", Wide(sample.InstanceId(port))).value_or(0);
+}
+
+DWORD TestMachine::Reboots() const {
+    return Number("SOFTWARE\\StandIn\\Restarts", u"Reboots").value_or(0);
+}
+
+std::string TestMachine::LogBytes() const {
+    return const_cast<platform::Machine&>(machine)
+        .Get<platform::Drive>()
+        .ReadWholeFile(Wide(kLog))
+        .value_or("");
+}
+
+std::vector<std::u16string> TestMachine::LogLines() const {
+    const std::string bytes = LogBytes();
+    std::vector<std::u16string> lines;
+    std::u16string line;
+    for (std::size_t i = 2; i + 1 < bytes.size(); i += 2) {
+        const char16_t unit = static_cast<char16_t>(
+            static_cast<unsigned char>(bytes[i]) | (static_cast<unsigned char>(bytes[i + 1]) << 8));
+        if (unit == u'\r') continue;
+        if (unit != u'\n') {
+            line += unit;
+            continue;
+        }
+        const std::size_t stamp = line.find(u" : ");
+        lines.push_back(stamp == std::u16string::npos ? line : line.substr(stamp + 3));
+        line.clear();
+    }
+    EXPECT_TRUE(line.empty()) << "the log ends within a line";
+    return lines;
+}

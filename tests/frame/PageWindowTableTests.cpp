@@ -1,0 +1,77 @@
+#include "PageWindowTable.h"
+
+#include <gtest/gtest.h>
+
+#include <cstdint>
+#include <vector>
+
+namespace {
+
+HWND Window(int number) {
+    return reinterpret_cast<HWND>(static_cast<std::intptr_t>(0x100 + number));
+}
+
+class PageWindows : public testing::Test {
+  protected:
+    void Register(int number) {
+        RegisterPageWindow(table, Window(number), &pages[static_cast<std::size_t>(number)]);
+    }
+    std::vector<HWND> Live() const {
+        std::vector<HWND> windows;
+        for (LONG i = 0; i < table.count; ++i)
+            windows.push_back(table.entries[i].window);
+        return windows;
+    }
+
+    PageWindowTable table;
+    char pages[130] = {};
+};
+
+TEST_F(PageWindows, TheTableHolds128PagesAndTheNextHasNoEntry) {
+    for (int i = 0; i < 129; ++i)
+        Register(i);
+    EXPECT_EQ(table.count, 128);
+    EXPECT_EQ(FindPageObject(table, Window(127)), &pages[127]);
+    EXPECT_EQ(FindPageObject(table, Window(128)), nullptr);
+
+    RemovePageWindow(table, Window(128));
+    EXPECT_EQ(table.count, 128);
+    RemovePageWindow(table, Window(0));
+    Register(128);
+    EXPECT_EQ(FindPageObject(table, Window(128)), &pages[128]);
+    EXPECT_EQ(FindPageObject(table, Window(0)), nullptr);
+}
+
+TEST_F(PageWindows, RemovalKeepsTheOrderOfTheRest) {
+    const struct {
+        int removed;
+        std::vector<int> left;
+    } rows[] = {{0, {1, 2, 3}}, {1, {0, 2, 3}}, {3, {0, 1, 2}}, {4, {0, 1, 2, 3}}};
+    for (const auto& row : rows) {
+        SCOPED_TRACE(row.removed);
+        table = {};
+        for (int i = 0; i < 4; ++i)
+            Register(i);
+        RemovePageWindow(table, Window(row.removed));
+        std::vector<HWND> expected;
+        for (const int number : row.left)
+            expected.push_back(Window(number));
+        EXPECT_EQ(Live(), expected);
+    }
+}
+
+TEST_F(PageWindows, TheFirstEntryOfAWindowCounts) {
+    Register(1);
+    RegisterPageWindow(table, Window(1), &pages[2]);
+    EXPECT_EQ(FindPageObject(table, Window(1)), &pages[1]);
+    RemovePageWindow(table, Window(1));
+    EXPECT_EQ(FindPageObject(table, Window(1)), &pages[2]);
+}
+
+TEST_F(PageWindows, AnEmptyTableKnowsNoWindow) {
+    EXPECT_EQ(FindPageObject(table, nullptr), nullptr);
+    RemovePageWindow(table, nullptr);
+    EXPECT_EQ(table.count, 0);
+}
+
+}  // namespace

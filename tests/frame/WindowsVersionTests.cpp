@@ -1,0 +1,41 @@
+#include "WindowsVersion.h"
+
+#include "Fixture.h"
+
+namespace {
+
+TEST(WindowsVersion, EachVersionHasItsRelease) {
+    const struct {
+        const char* version;
+        int release;
+        bool serverOfRelease4OrLater;
+    } rows[] = {
+        {"5.1", 0, false}, {"5.2", 1, false}, {"6.0", 2, false},
+        {"6.1", 3, false}, {"6.2", 4, true},  {"6.3", 5, true},
+        {"6.4", 6, true},  {"10.0", 6, true}, {"4.2", 0, false},
+    };
+    for (const auto& row : rows) {
+        SCOPED_TRACE(row.version);
+        {
+            TestMachine server(Sample().Version(row.version).Server());
+            EXPECT_EQ(GetWindowsRelease(), row.release);
+            EXPECT_EQ(GetProductType(), VER_NT_SERVER);
+            EXPECT_EQ(IsServerOfRelease4OrLater(), row.serverOfRelease4OrLater);
+        }
+        TestMachine workstation(Sample().Version(row.version));
+        EXPECT_EQ(GetWindowsRelease(), row.release);
+        EXPECT_EQ(GetProductType(), VER_NT_WORKSTATION);
+        EXPECT_FALSE(IsServerOfRelease4OrLater());
+    }
+}
+
+TEST(WindowsVersion, AFailedQueryGivesNothing) {
+    TestMachine test(Sample().Server());
+    test.machine.faults.FailCalls("GetVersionExW", u"", ERROR_INSUFFICIENT_BUFFER);
+    EXPECT_EQ(GetWindowsRelease(), 0);
+    EXPECT_EQ(GetProductType(), 0);
+    EXPECT_FALSE(IsVistaOrLater());
+    EXPECT_FALSE(IsServerOfRelease4OrLater());
+}
+
+}  // namespace

@@ -1,0 +1,215 @@
+// The Port Protocol tab as it opens, and what a choice shows.
+
+#include <random>
+
+#include "PortProtocolTest.h"
+#include "Seeds.h"
+
+using namespace port_protocol;
+
+namespace {
+
+// As many characters, without a terminator, as a value in bytes.
+std::string Unterminated(const std::string& ascii) {
+    std::string line = "hex(1):";
+    for (std::size_t i = 0; i < ascii.size(); ++i) {
+        constexpr char kDigits[] = "0123456789abcdef";
+        const auto byte = static_cast<unsigned char>(ascii[i]);
+        line += i == 0 ? "" : ",";
+        line += {kDigits[byte >> 4], kDigits[byte & 15]};
+        line += ",00";
+    }
+    return line;
+}
+
+TEST(PortProtocolPage, StartsWithWhatTheRegistryHolds) {
+    const std::string x246(246, 'x');
+    const struct {
+        Sample sample;
+        const char* captions;
+        const char* state;
+        const char* reason;
+    } cases[] = {
+        {Bus(kAll), "", "HW --- ---", "nothing chosen"},
+        {Bus(kAll, R"("ib,eth")"), "", "*oo o*o", "two types"},
+        {Bus(kAll, R"("auto,none")"), "", "oo* ooo", "none for port 2 only"},
+        {Bus(kAll, R"("none,eth")"), "", "HW --- ---", "none for port 1"},
+        {Bus(kAll, R"("ib")"), "W", "*oo *oo", "no comma"},
+        {Bus(kAll, R"("")"), "W", "*oo *oo", "empty"},
+        {Bus(kAll, R"("IB,eth")"), "E", "*oo o*o", "another case"},
+        {Bus(kAll, R"("eth, eth")"), "E", "o*o *oo", "a blank"},
+        {Bus(kAll, R"("x,y")"), "EE", "*oo *oo", "two unknown tokens"},
+        {Bus(kAll, R"(",")"), "EE", "*oo *oo", "two empty tokens"},
+        {Bus(kAll, R"("eth,ib,auto")"), "E", "o*o *oo", "all behind the first comma"},
+        {Bus(kAll, Unterminated("eth,auto")), "", "o*o oo*", "no terminator"},
+        {Bus(kAll, Unterminated("eth," + x246)), "E", "o*o *oo", "500 bytes"},
+        {Bus(kAll, Unterminated("eth,x" + x246)), "W", "*oo *oo", "502 bytes"},
+        {Bus(kAll, "hex(2):65,00,74,00,68,00,2c,00,69,00,62,00,00,00"), "", "o*o *oo",
+         "expandable"},
+        {Bus(kAll, "dword:00000002"), "W", "*oo *oo", "a number"},
+        {Bus(kAll, "hex:"), "W", "*oo *oo", "no bytes"},
+        {Bus(kEthernetFirst, R"("ib,auto")"), "", "-X- oo*", "port 1 has one protocol"},
+        {Bus("0000021e", R"("auto,auto")"), "", "o*- *o-", "auto without sensing"},
+        {Bus(kSingle), "", "HW --- (---)", "one port, nothing chosen"},
+        {Bus(kSingle, R"("eth")"), "", "o*o (---)", "one port"},
+        {Bus(kSingle, R"("")"), "E", "*oo (---)", "one port, empty"},
+        {Bus(kSingle, R"("auto,nonsense")"), "", "oo* (---)", "what stands behind a comma"},
+        {Sample().With(ParametersPath(), R"("PortType"="eth")"), "", "o*- (---)",
+         "no capabilities"},
+        {Sample().With(ParametersPath(), R"("CapabilityFlag"=hex(b):9e,01,00,00,00,00,00,00)"), "",
+         "HW --- (---)", "capabilities of eight bytes"},
+        {Sample(), "W", "*o- *o-", "no key"},
+    };
+    for (const auto& c : cases) {
+        SCOPED_TRACE(c.reason);
+        PortProtocolTest test(c.sample);
+        for (const char* box = c.captions; *box; ++box)
+            test.user.Answer(IDOK);
+        test.OnTab([&] {
+            EXPECT_EQ(test.State(), c.state);
+            EXPECT_EQ(test.Captions(), c.captions);
+            EXPECT_FALSE(test.CanApply());
+        });
+        for (const auto& box : test.user.Boxes()) {
+            EXPECT_EQ(box.text, kInvalid);
+            EXPECT_EQ(box.style, 16u);
+        }
+        EXPECT_EQ(test.user.AnswersLeft(), 0u);
+    }
+}
+
+TEST(PortProtocolPage, ShowsWhatThePortsRun) {
+    const struct {
+        const char* flag;
+        const char* setting;  // the line's right side, or null for none
+        const char* port1;
+        const char* port2;
+    } cases[] = {
+        {kAll, "dword:00020001", "IB", "Eth"},      {kAll, "dword:00010002", "Eth", "IB"},
+        {kAll, "dword:00010001", "IB", "IB"},       {kAll, nullptr, "Eth", "Eth"},
+        {kSingle, "dword:00010001", "IB", ""},      {kAll, "hex:01,00", "IB", "Eth"},
+        {kAll, "hex:01,00,01,00,00", "Eth", "Eth"},
+    };
+    for (const auto& c : cases) {
+        SCOPED_TRACE(testing::Message() << c.flag << " " << (c.setting ? c.setting : "none"));
+        Sample sample = Bus(c.flag);
+        if (c.setting) sample.With(ParametersPath(), std::string("\"PortSetting\"=") + c.setting);
+        PortProtocolTest test(sample);
+        test.OnTab([&] {
+            EXPECT_EQ(test.TextOf(1079), c.port1);
+            EXPECT_EQ(test.TextOf(1080), c.port2);
+            EXPECT_EQ(test.TextOf(1081), "Port1:");
+            const bool single = c.flag == kSingle;
+            EXPECT_EQ(test.TextOf(1082), single ? "" : "Port2:");
+            EXPECT_EQ(IsWindowVisible(GetDlgItem(test.Page(), 1097)), !single);
+        });
+    }
+}
+
+TEST(PortProtocolPage, ShowsItsHelpUnlessTheVendorKeyIsMissing) {
+    for (const bool missing : {false, true}) {
+        PortProtocolTest test(Bus(kAll), 0,
+                              "<help><PortType>about {\\rtf1 wires}</PortType></help>");
+        if (missing) test.machine.faults.FailCalls("RegOpenKeyExW", u"SOFTWARE\\Corvanta", 2, 1, 1);
+        test.OnTab([&] {
+            EXPECT_EQ(IsWindowVisible(GetDlgItem(test.Page(), 1078)), !missing);
+            EXPECT_EQ(test.TextOf(1078).starts_with("wires"), !missing) << test.TextOf(1078);
+        });
+    }
+}
+
+TEST(PortProtocolPage, AChoiceShowsAndEnablesApply) {
+    const struct {
+        Sample sample;
+        std::vector<int> presses;
+        const char* state;
+        bool canApply;
+        const char* reason;
+    } cases[] = {
+        {Bus(kAll, R"("ib,eth")"), {1075}, "o*o o*o", true, "port 1"},
+        {Bus(kAll, R"("ib,eth")"), {1084}, "*oo oo*", true, "port 2"},
+        {Bus(kAll, R"("ib,eth")"), {1074, 1077}, "*oo o*o", false, "what is chosen already"},
+        {Bus(kAll, R"("ib,eth")"), {1085}, "HW --- ---", true, "the hardware's default"},
+        {Bus(kAll, R"("ib,eth")"), {1084, 1085, 1085}, "*oo o*o", true, "back to the saved"},
+        {Bus(kAll, R"("ib,none")"), {1085, 1085}, "*oo ooo", true, "back to a saved none"},
+        {Bus(kAll), {1085}, "oo* oo*", true, "from the capabilities: sensing"},
+        {Bus("0000001e"), {1085}, "*o- *o-", true, "from the capabilities: InfiniBand"},
+        {Bus(kEthernetFirst), {1085}, "-X- oo*", true, "from the capabilities: Ethernet"},
+        {Bus(kAll, R"("none,eth")"), {1085}, "oo* oo*", true, "port 2's saved type is dropped"},
+        {Bus(kSingle, R"("eth")"), {1083}, "oo* (---)", true, "one port"},
+        {Bus(kSingle), {1085}, "oo* (---)", true, "one port, from the capabilities"},
+    };
+    for (const auto& c : cases) {
+        SCOPED_TRACE(c.reason);
+        PortProtocolTest test(c.sample);
+        test.OnTab([&] {
+            for (const int control : c.presses)
+                test.Press(control);
+            EXPECT_EQ(test.State(), c.state);
+            EXPECT_EQ(test.CanApply(), c.canApply);
+        });
+        EXPECT_EQ(test.BusRestarts(), 0u) << "a choice alone changes nothing";
+    }
+}
+
+TEST(PortProtocolPage, OtherNotificationsChooseNothing) {
+    PortProtocolTest test(Bus(kAll, R"("ib,eth")"));
+    test.OnTab([&] {
+        const HWND page = test.Page();
+        const auto notify = [&](WORD control, WORD code) {
+            SendMessageW(page, WM_COMMAND, MAKEWPARAM(control, code), 0);
+        };
+        CheckDlgButton(page, 1075, BST_CHECKED);
+        CheckDlgButton(page, 1085, BST_CHECKED);
+        notify(1075, 6);
+        EXPECT_EQ(test.State(), "HW **o o*o") << "a radio button's other notification does nothing";
+        notify(1078, 0x0400);
+        EXPECT_EQ(test.State(), "*oo o*o") << "another control's shows everything anew";
+        CheckDlgButton(page, 1085, BST_CHECKED);
+        EXPECT_FALSE(test.CanApply());
+        notify(1085, 6);
+        EXPECT_EQ(test.State(), "HW --- ---") << "any of the box counts";
+        EXPECT_TRUE(test.CanApply());
+    });
+}
+
+TEST(PortProtocolPage, TwoSheetsOfOneDeviceDontShareTheirChoice) {
+    PortProtocolTest test(Bus(kAll, R"("ib,eth")"));
+    test.OnTab([&] { test.Press(1075); });
+    test.OnTab([&] { EXPECT_EQ(test.State(), "*oo o*o") << "a cancelled choice is gone"; });
+    EXPECT_EQ(test.Stored(), std::string("ib,eth\0", 7));
+}
+
+// Whatever PortType holds, the tab opens with at most two boxes and has nothing to apply.
+TEST(PortProtocolPage, OpensWithAnyPortType) {
+    constexpr const char* kPieces[] = {"ib", "eth", "auto", "none", ",", "IB", "x", "é", ""};
+    for (const std::uint64_t seed : Seeds(150)) {
+        SCOPED_TRACE(seed);
+        std::mt19937_64 random(seed);
+        std::string text;
+        for (std::uint64_t pieces = random() % 8; pieces > 0; --pieces)
+            text += kPieces[random() % std::size(kPieces)];
+        if (random() % 4 == 0) text += '\0';
+        if (random() % 4 == 0) text += std::string(240 + random() % 20, 'y');
+        std::string line = Unterminated(text);
+        if (random() % 5 == 0) line += line.ends_with(':') ? "69" : ",69";
+        const char types[] = {'0', '1', '2', '3', '4', '7', 'b'};
+        line[4] = types[random() % std::size(types)];
+
+        const bool single = random() % 2 == 0;
+        PortProtocolTest test(Bus(single ? kSingle : kAll, line));
+        test.user.Answer(IDOK);
+        test.user.Answer(IDOK);
+        test.OnTab([&] {
+            const std::string state = test.State();
+            const bool hardware = state.starts_with("HW");
+            EXPECT_EQ(state.find('*') == std::string::npos, hardware) << state;
+            EXPECT_EQ(state.ends_with("(---)"), single) << state;
+            EXPECT_FALSE(test.CanApply());
+            test.Push(PSBTN_OK);
+        });
+        EXPECT_EQ(test.BusRestarts(), 0u);
+    }
+}
+
+}  // namespace

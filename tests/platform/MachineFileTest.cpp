@@ -1,0 +1,409 @@
+// Machine files: what is read and refused, what is written, and that nothing gets lost between.
+
+#include <random>
+#include <vector>
+
+#include <windows.h>
+
+#include "Facts.h"
+#include "FactsMachine.h"
+#include "Registry.h"
+#include "Seeds.h"
+#include "Text.h"
+
+namespace {
+
+using namespace platform;
+
+const std::string kHeader = FactsMachine::kHead;
+const std::string kKey = "[HKEY_LOCAL_MACHINE\\SOFTWARE\\K]\n";
+
+std::string ToUtf16(std::u16string_view text, bool big) {
+    std::string bytes = big ? "\xFE\xFF" : "\xFF\xFE";
+    for (const char16_t unit : text) {
+        const char low = static_cast<char>(unit & 0xFF);
+        const char high = static_cast<char>(unit >> 8);
+        bytes += big ? high : low;
+        bytes += big ? low : high;
+    }
+    return bytes;
+}
+
+std::string Replace(std::string text, const std::string& from, const std::string& to) {
+    for (std::size_t at = 0; (at = text.find(from, at)) != std::string::npos; at += to.size())
+        text.replace(at, from.size(), to);
+    return text;
+}
+
+std::string Formatted(Machine& machine) {
+    return FormatRegistry(machine.Get<Registry>().Tree());
+}
+
+// A value of the key that the samples here use, as a line.
+std::string ValueLine(Machine& machine, const char16_t* name) {
+    const auto key =
+        machine.Get<Registry>().Tree().Find(RegistryRoot::LocalMachine, u"SOFTWARE\\K");
+    const RegistryValue* value = key ? key->FindValue(name) : nullptr;
+    return value ? FormatValue(value->Name(), value->Type(), value->Data()) : "";
+}
+
+TEST(MachineFileTest, EveryEncodingAndLineEndReadsAlike) {
+    const std::string text = kHeader + kKey +
+                             "@=\"\xC3\xA4\xE2\x82\xAC\xF0\x9F\x94\x8C\"\n"
+                             "\"n\xC3\xA4me\"=hex:01,\\\n  02\n";
+    const std::string crlf = Replace(text, "\n", "\r\n");
+    const std::string files[] = {
+        text,
+        "\xEF\xBB\xBF" + crlf,
+        ToUtf16(FromUtf8(text), false),
+        ToUtf16(FromUtf8(crlf), false),
+        ToUtf16(FromUtf8(crlf), true),
+        text.substr(0, text.size() - 1),
+    };
+    for (const std::string& file : files) {
+        SCOPED_TRACE(&file - files);
+        Machine machine;
+        ASSERT_FALSE(LoadMachineFile(machine, file));
+        EXPECT_EQ(ValueLine(machine, u""), "@=\"\xC3\xA4\xE2\x82\xAC\xF0\x9F\x94\x8C\"\n");
+        EXPECT_EQ(ValueLine(machine, u"n\u00C4me"), "\"n\xC3\xA4me\"=hex:01,02\n");
+    }
+}
+
+TEST(MachineFileTest, ValuesInEveryFormThatExportsAndPeopleWrite) {
+    const struct {
+        std::string written, read;  // what stands behind "v"=; empty: no value
+    } cases[] = {
+        {"\"a\\\\b\\\"c\"", "\"a\\\\b\\\"c\""},
+        {"\"\"", "\"\""},
+        {" \"x;y\" ; a comment", "\"x;y\""},
+        {"\"two\r\nlines\n\n\"", "\"two\r\nlines\n\n\""},
+        {"dword:1", "dword:00000001"},
+        {"dword:FFFFfffe;", "dword:fffffffe"},
+        {"hex:", "hex:"},
+        {"hex:1, A2 ,\\\r\n\t03 ; end", "hex:01,a2,03"},
+        {"hex:\\\n; between\n\n  02,", "hex:02"},
+        {"hex(1):", "hex(1):"},
+        {"hex(1):61,00,00,00", "\"a\""},
+        {"hex(1):61,00", "hex(1):61,00"},
+        {"hex(1):61,00,00,00,00,00", "hex(1):61,00,00,00,00,00"},
+        {"hex(1):61,00,00", "hex(1):61,00,00"},
+        {"hex(1):00,d8,00,00", "hex(1):00,d8,00,00"},  // half a pair
+        {"hex(3):01", "hex:01"},
+        {"hex(4):01,00,00,80", "dword:80000001"},
+        {"hex(4):01,02", "hex(4):01,02"},
+        {"hex(FFFF0012):01", "hex(ffff0012):01"},
+        {"dword:1\n\"V\"=dword:2", "dword:00000002"},
+        {"-", ""},
+        {"dword:1\n[-HKEY_LOCAL_MACHINE\\software\\k]", ""},
+    };
+    for (const auto& row : cases) {
+        SCOPED_TRACE(row.written);
+        FactsMachine facts(kKey + "  \"v\" = " + row.written + "\n");
+        EXPECT_EQ(ValueLine(facts.machine, u"v"),
+                  row.read.empty() ? "" : "\"v\"=" + row.read + "\n");
+    }
+}
+
+TEST(MachineFileTest, KeysInEveryFormThatExportsAndPeopleWrite) {
+    FactsMachine facts(
+        "; a comment\n\t\n"
+        "[HKEY_LOCAL_MACHINE\\A]\n"
+        "[hkey_local_machine\\a\\B [1]\\] ; comment\n"
+        "[HKEY_CURRENT_USER]\n"
+        "@=\"me\"\n"
+        "[-HKEY_CLASSES_ROOT\\None]\n"
+        "[HKEY_LOCAL_MACHINE\\A\\\\C\\D]\n"
+        "[HKEY_LOCAL_MACHINE\\A\\AB]\n");
+    EXPECT_EQ(Formatted(facts.machine), kHeader +
+                                            "[HKEY_CURRENT_USER]\n@=\"me\"\n\n"
+                                            "[HKEY_LOCAL_MACHINE\\A]\n\n"
+                                            "[HKEY_LOCAL_MACHINE\\A\\AB]\n\n"
+                                            "[HKEY_LOCAL_MACHINE\\A\\B [1]]\n\n"
+                                            "[HKEY_LOCAL_MACHINE\\A\\C]\n\n"
+                                            "[HKEY_LOCAL_MACHINE\\A\\C\\D]\n\n");
+}
+
+TEST(MachineFileTest, ABrokenFileIsRefusedWithItsLine) {
+    const std::string in = kHeader + kKey;  // the next line is the 4th
+    const std::string value = in + "\"v\"=";
+    const std::string time = kHeader + "[" + FactsMachine::kStandIn + "]\n\"time\"=";
+    const std::string fault = kHeader + "[" + FactsMachine::kStandIn + "\\FAULTS]\n\"RegX\"=";
+    const struct {
+        std::string text;
+        std::size_t line;
+        const char* says;
+    } cases[] = {
+        {"\xFF\xFE", 1, "empty"},
+        {"[HKEY_LOCAL_MACHINE\\A]\n", 1, "first line"},
+        {"REGEDIT4\n\n[HKEY_LOCAL_MACHINE\\A]\n", 1, "REGEDIT4"},
+        {kHeader + "[HKEY_OTHER\\A]\n", 3, "HKEY_OTHER"},
+        {kHeader + "[HKEY_LOCAL_MACHINE\\A\n", 3, "bracket"},
+        {kHeader + "[HKEY_LOCAL_MACHINE\\A] x\n", 3, "after the key"},
+        {kHeader + "[-HKEY_LOCAL_MACHINE]\n", 3, "root"},
+        {kHeader + "[HKEY_LOCAL_MACHINE\\" + std::string(256, 'k') + "]\n", 3, "255"},
+        {kHeader + "[HKEY_USERS" + Replace(std::string(512, 'x'), "x", "\\d") + "]\n", 3, "512"},
+        {kHeader + "\"v\"=\"x\"\n", 3, "in no key"},
+        {kHeader + "[-HKEY_LOCAL_MACHINE\\A]\n@=\"x\"\n", 4, "in no key"},
+        {in + "v=dword:1\n", 4, "neither"},
+        {in + "\"" + std::string(16384, 'v') + "\"=dword:1\n", 4, "16383"},
+        {in + "\"v\"\n", 4, "\"=\""},
+        {in + "\"v\n", 4, "closing quote"},
+        {value + "\n", 4, "neither"},
+        {value + "dword:123456789\n", 4, "dword"},
+        {value + "dword:0x1\n", 4, "after the value"},
+        {value + "hex\n", 4, "colon"},
+        {value + "hex(g):01\n", 4, "type"},
+        {value + "hex:001\n", 4, "bad hex"},
+        {value + "hex:01,,02\n", 4, "bad hex"},
+        {value + "hex:01,\\ 02\n", 4, "after the backslash"},
+        {value + "hex:01,\\\n  02,\\\n  zz\n", 6, "bad hex"},
+        {value + "hex:01,\\\n", 4, "backslash"},
+        {value + "- y\n", 4, "after the value"},
+        {value + "\"x\\y\"\n", 4, "backslash"},
+        {value + "\"x\n\"w\"=\"y\"\n", 4, "after the value"},
+        {value + "\"\xC3(\"\n", 4, "UTF-8"},
+        {value + "\"\xED\xA0\x80\"\n", 4, "UTF-8"},
+        {value + "\"\xF0\x9F\x94", 4, "UTF-8"},
+        {value + std::string("\"a\0\"\n", 5), 4, "NUL"},
+        {ToUtf16(FromUtf8(in), false) + "x", 4, "UTF-16"},
+        {time + "\"2026-11-19\"\n", 4, "time"},
+        {time + "\"2026-02-29 08:05\"\n", 4, "time"},
+        {time + "dword:1\n", 4, "time"},
+        {fault + "\"5\"\n\"RegCloseKey\"=\"5,0\"\n", 5, "fault"},
+        {fault + "\"five\"\n", 4, "fault"},
+    };
+    for (const auto& row : cases) {
+        SCOPED_TRACE(row.text.substr(0, 200));
+        FactsMachine facts(kKey + "\"kept\"=\"1\"\n");
+        const std::string before = Formatted(facts.machine);
+        const std::uint64_t generation = facts.machine.Get<Registry>().Generation();
+        for (const auto& read : {LoadMachineFile, MergeMachineFile}) {
+            const auto error = read(facts.machine, row.text);
+            ASSERT_TRUE(error);
+            EXPECT_EQ(error->line, row.line) << error->message;
+            EXPECT_NE(error->message.find(row.says), std::string::npos) << error->message;
+        }
+        EXPECT_EQ(Formatted(facts.machine), before);
+        EXPECT_EQ(facts.machine.Get<Registry>().Generation(), generation);
+    }
+}
+
+TEST(MachineFileTest, SavingHasTheLayoutOfAnExport) {
+    // Two names of which the longer one still lets as many bytes into the first line.
+    const std::string bytes =
+        "00,01,02,03,04,05,06,07,08,09,0a,0b,0c,0d,0e,0f,10,11,12,13,14,15,\\\n"
+        "  16,17,18,19,1a,1b,1c,1d,1e,1f,20,21,22,23,24,25,26,27,28,29,2a,2b,2c,2d,2e,\\\n"
+        "  2f,30,31,32,33,34,35,36,37,38,39,3a,3b,3c,3d,3e,3f\n";
+    const std::string values = "\"long\"=hex:" + bytes + "\"long1\"=hex:" + bytes;
+    FactsMachine facts(kKey + Replace(values, "\\\n  ", ""));
+    const std::string text = kHeader + "[HKEY_LOCAL_MACHINE\\SOFTWARE]\n\n" + kKey + values + "\n";
+    EXPECT_EQ(Formatted(facts.machine), text);
+    EXPECT_EQ(SaveMachineFile(facts.machine),
+              ToUtf16(FromUtf8(Replace(text, "\n", "\r\n")), false));
+}
+
+TEST(MachineFileTest, CurrentControlSetIsTheSetThatSelectNames) {
+    const auto select = [](const std::string& current) {
+        return KeyLines("SYSTEM\\Select", "\"Current\"=dword:" + current);
+    };
+    const std::string one = KeyLines("SYSTEM\\ControlSet001\\S", "\"in\"=dword:1");
+    const std::string two = KeyLines("SYSTEM\\ControlSet002\\S", "\"in\"=dword:2");
+    const std::string plain = KeyLines("SYSTEM\\CurrentControlSet\\S", "\"in\"=dword:3");
+    const struct {
+        std::string text;
+        DWORD in;
+        const char16_t* keeps;  // the name that saving keeps
+        const char* why;
+    } cases[] = {
+        {one + two + select("1"), 1, u"ControlSet001", "the first one"},
+        {one + two + select("2"), 2, u"ControlSet002", "the second one"},
+        {one + two + plain + select("2"), 3, u"ControlSet002", "both are merged"},
+        {plain + select("1"), 3, u"CurrentControlSet", "no such set"},
+        {one + plain, 3, u"CurrentControlSet", "no Select"},
+    };
+    for (const auto& row : cases) {
+        SCOPED_TRACE(row.why);
+        FactsMachine facts(row.text);
+        EXPECT_EQ(MachineNumber(u"SYSTEM\\CurrentControlSet\\S", u"in"), row.in);
+        WriteMachineNumber(u"System\\currentcontrolset\\New", u"n", 9);
+        const std::u16string kept = std::u16string(u"SYSTEM\\") + row.keeps;
+        EXPECT_EQ(MachineNumber(kept + u"\\New", u"n"), 9u);
+        const std::string saved = Formatted(facts.machine);
+        EXPECT_NE(saved.find(ToUtf8(kept) + "\\New]"), std::string::npos);
+        EXPECT_EQ(saved.find("CurrentControlSet") != std::string::npos,
+                  row.keeps == std::u16string(u"CurrentControlSet"));
+        // What was saved reads as the same machine.
+        ASSERT_FALSE(LoadMachineFile(facts.machine, SaveMachineFile(facts.machine)));
+        EXPECT_EQ(Formatted(facts.machine), saved);
+        EXPECT_EQ(MachineNumber(u"SYSTEM\\CurrentControlSet\\New", u"n"), 9u);
+    }
+    FactsMachine bare(one);
+    EXPECT_FALSE(MachineKeyExists(u"SYSTEM\\CurrentControlSet"));
+}
+
+TEST(MachineFileTest, TheLinkHoldsAtEveryStepAndInImports) {
+    FactsMachine facts(KeyLines("SYSTEM\\ControlSet001\\S") +
+                       KeyLines("SYSTEM\\Select", "\"Current\"=dword:1"));
+    EXPECT_EQ(MachineSubkeys(u"SYSTEM"),
+              (std::vector<std::u16string>{u"ControlSet001", u"CurrentControlSet", u"Select"}));
+    HKEY system = nullptr;
+    HKEY key = nullptr;
+    ASSERT_EQ(RegOpenKeyExW(HKEY_LOCAL_MACHINE, u"SYSTEM", 0, KEY_READ, &system), 0);
+    EXPECT_EQ(RegOpenKeyExW(system, u"CurrentControlSet\\S", 0, KEY_READ, &key), 0);
+    EXPECT_EQ(RegCloseKey(key), 0);
+    EXPECT_EQ(RegCloseKey(system), 0);
+
+    facts.Merge(KeyLines("SYSTEM\\CurrentControlSet\\S", "\"a\"=dword:5") +
+                KeyLines("SYSTEM\\CurrentControlSet\\T"));
+    EXPECT_EQ(MachineNumber(u"SYSTEM\\ControlSet001\\S", u"a"), 5u);
+    facts.Merge("[-HKEY_LOCAL_MACHINE\\SYSTEM\\CurrentControlSet\\T]\n");
+    EXPECT_FALSE(MachineKeyExists(u"SYSTEM\\ControlSet001\\T"));
+    // The tree that a snapshot holds has its own link.
+    const RegistryTree snapshot = facts.machine.Get<Registry>().Snapshot();
+    EXPECT_EQ(snapshot.Find(RegistryRoot::LocalMachine, u"SYSTEM\\CurrentControlSet\\S"),
+              snapshot.Find(RegistryRoot::LocalMachine, u"SYSTEM\\ControlSet001\\S"));
+}
+
+TEST(MachineFileTest, AnImportChangesTheRunningMachine) {
+    FactsMachine facts(FactLines("", "\"Time\"=\"2026-11-19 08:05\"") +
+                       FactLines("Faults", "\"RegDeleteValueW gone\"=\"1450,2,1\"") + kKey +
+                       "\"a\"=\"1\"\n\"b\"=\"2\"\n" + KeyLines("SOFTWARE\\K\\Sub"));
+    const Scheduler& scheduler = facts.machine.scheduler;
+    constexpr std::uint64_t start = 134'395'491'000'000'000;  // 2026-11-19 08:05 since 1601
+    EXPECT_EQ(scheduler.LocalFileTime(), start);
+
+    HKEY key = nullptr;
+    ASSERT_EQ(RegOpenKeyExW(HKEY_LOCAL_MACHINE, u"SOFTWARE\\K", 0, KEY_ALL_ACCESS, &key), 0);
+    EXPECT_EQ(RegDeleteValueW(key, u"gone"), ERROR_FILE_NOT_FOUND);
+    facts.Merge(kKey + "\"b\"=-\n\"c\"=dword:1\n[-HKEY_LOCAL_MACHINE\\SOFTWARE\\K\\Sub]\n" +
+                FactLines("", "\"Time\"=\"2030-01-01 00:00\""));
+    EXPECT_EQ(MachineValues(u"SOFTWARE\\K"), (std::vector<std::u16string>{u"a", u"c"}));
+    EXPECT_TRUE(MachineSubkeys(u"SOFTWARE\\K").empty());
+    EXPECT_EQ(scheduler.LocalFileTime(), start) << "the clock stays";
+    EXPECT_EQ(RegDeleteValueW(key, u"gone"), 1450) << "a rule that stays goes on counting";
+    EXPECT_EQ(RegDeleteValueW(key, u"gone"), ERROR_FILE_NOT_FOUND);
+
+    facts.Merge(FactLines("Faults", "\"RegDeleteValueW\"=\"5\""));
+    EXPECT_EQ(RegDeleteValueW(key, u"c"), 5);
+    facts.Merge("[-" + FactsMachine::kStandIn + "\\Faults]\n");
+    EXPECT_EQ(RegDeleteValueW(key, u"c"), 0);
+    EXPECT_EQ(RegCloseKey(key), 0);
+}
+
+// A registry of random keys and values, hostile in names, types, lengths and texts.
+class RandomRegistry {
+  public:
+    explicit RandomRegistry(std::uint64_t seed) : m_random(seed) {}
+
+    RegistryTree Make() {
+        RegistryTree tree;
+        std::vector<std::shared_ptr<RegistryKey>> keys;
+        for (std::size_t i = 0; i < registryRoots; ++i)
+            keys.push_back(tree.Root(static_cast<RegistryRoot>(i)));
+        for (int i = 0; i < 40; ++i) {
+            const auto parent = keys[Below(keys.size())];
+            keys.push_back(tree.Create(parent, Name(1 + Below(12), u"\\\r\n")));
+        }
+        for (int i = 0; i < 200; ++i) {
+            const auto key = keys[Below(keys.size())];
+            const DWORD types[] = {REG_NONE,  REG_SZ,       REG_SZ,    REG_EXPAND_SZ, REG_BINARY,
+                                   REG_DWORD, REG_MULTI_SZ, REG_QWORD, 0xFFFF0012,    16};
+            tree.SetValue(*key, Name(Below(10), u""), types[Below(std::size(types))], Data());
+        }
+        return tree;
+    }
+
+  private:
+    std::size_t Below(std::size_t limit) { return m_random() % limit; }
+    std::u16string Name(std::size_t length, std::u16string_view without) {
+        static constexpr std::u16string_view odd = u"\\\"\r\n];[@=- \t\u00E9\u20AC\xD800\xDC00";
+        std::u16string name;
+        while (name.size() < length) {
+            const char16_t unit =
+                Below(2) ? odd[Below(odd.size())] : static_cast<char16_t>(u'a' + Below(26));
+            if (without.find(unit) == std::u16string_view::npos) name += unit;
+        }
+        return name;
+    }
+    std::vector<BYTE> Data() {
+        if (Below(3) == 0) {
+            std::u16string text = Name(Below(40), u"") + u'\0';
+            const auto* bytes = reinterpret_cast<const BYTE*>(text.data());
+            return {bytes, bytes + text.size() * sizeof(char16_t)};
+        }
+        std::vector<BYTE> data(Below(Below(4) ? 9 : 200));
+        for (BYTE& byte : data)
+            byte = static_cast<BYTE>(Below(3) ? Below(256) : 0);
+        return data;
+    }
+
+    std::mt19937_64 m_random;
+};
+
+// Everything that a tree holds, exactly.
+using Exact = std::vector<std::tuple<std::u16string, DWORD, std::vector<BYTE>>>;
+Exact Contents(const RegistryTree& tree) {
+    Exact contents;
+    tree.Walk([&](const std::u16string& path, const RegistryKey& key) {
+        contents.push_back({path, 0, {}});
+        for (const RegistryValue& value : key.Values())
+            contents.push_back({std::u16string(value.Name()),
+                                value.Type(),
+                                {value.Data().begin(), value.Data().end()}});
+    });
+    return contents;
+}
+
+TEST(MachineFileTest, WhatIsSavedReadsBackExactly) {
+    for (const std::uint64_t seed : Seeds(60)) {
+        SCOPED_TRACE("TEST_SEED=" + std::to_string(seed));
+        Machine machine;
+        Registry& registry = machine.Get<Registry>();
+        registry.Replace(RandomRegistry(seed).Make());
+        const Exact before = Contents(registry.Tree());
+        const std::string saved = SaveMachineFile(machine);
+        ASSERT_FALSE(LoadMachineFile(machine, saved));
+        ASSERT_TRUE(Contents(registry.Tree()) == before);
+        EXPECT_EQ(SaveMachineFile(machine), saved);
+    }
+}
+
+TEST(MachineFileTest, ADamagedFileIsReadOrRefusedButNeverHalf) {
+    for (const std::uint64_t seed : Seeds(60)) {
+        SCOPED_TRACE("TEST_SEED=" + std::to_string(seed));
+        std::mt19937_64 random(seed);
+        Machine machine;
+        Registry& registry = machine.Get<Registry>();
+        registry.Replace(RandomRegistry(seed).Make());
+        std::string bytes = seed % 2 ? SaveMachineFile(machine) : Formatted(machine);
+        for (int i = 0; i < 3; ++i) {
+            const std::size_t at = random() % bytes.size();
+            const std::size_t count = random() % 4;
+            bytes.replace(at, count, std::string(random() % 3, "\\\"[]\n,;\x80"[random() % 8]));
+        }
+        const Exact before = Contents(registry.Tree());
+        if (const auto error = MergeMachineFile(machine, bytes)) {
+            EXPECT_GT(error->line, 0u);
+            EXPECT_TRUE(LoadMachineFile(machine, bytes));
+            EXPECT_TRUE(Contents(registry.Tree()) == before);
+        } else {
+            EXPECT_FALSE(LoadMachineFile(machine, bytes));
+        }
+    }
+}
+
+// Loading must not take time that grows faster than the file.
+TEST(MachineFileTest, ManyKeysAndValuesInTheWorstOrder) {
+    constexpr int count = 20000;
+    std::string text;
+    for (int i = count; i > 0; --i)
+        text += "[HKEY_LOCAL_MACHINE\\K" + std::to_string(i) + "]\n";
+    for (int i = count; i > 0; --i)
+        text += "\"v" + std::to_string(i) + "\"=dword:1\n";
+    FactsMachine facts(text);
+    const auto root = facts.machine.Get<Registry>().Tree().Root(RegistryRoot::LocalMachine);
+    EXPECT_EQ(root->Children().size(), std::size_t{count});
+    EXPECT_EQ(root->Children().begin()->second->Values().size(), std::size_t{count});
+}
+
+}  // namespace

@@ -1,0 +1,111 @@
+// What a session has changed, as files that bring it about and take it back.
+
+#include <gtest/gtest.h>
+
+#include <algorithm>
+#include <filesystem>
+
+#include "Program.h"
+
+namespace {
+
+const std::string kHeader = "Windows Registry Editor Version 5.00\n";
+const std::filesystem::path kSamples = std::filesystem::path(SOURCE_DIR) / "samples";
+
+// The saved machine after a script, without the restarts that were counted.
+std::string SavedAfter(const Program& program, const std::string& machine,
+                       const std::string& script) {
+    const std::string drop =
+        program.Write("drop.reg", kHeader + "[-HKEY_LOCAL_MACHINE\\SOFTWARE\\StandIn\\Restarts]\n");
+    const auto result =
+        program.RunWith({machine, "--script", "-", "--save", program.Path("saved.reg")},
+                        script + "merge " + drop + "\n");
+    EXPECT_EQ(result.code, 0) << result.err;
+    return program.Read("saved.reg");
+}
+
+// After the session, its changes make the machine of the original, and undo makes the original of
+// the machine.
+void ExpectBothWays(const Program& program, const std::string& machine, const std::string& session,
+                    bool changesAnything) {
+    const std::string after = program.Path("after.reg");
+    const auto result =
+        program.RunWith({machine, "--script", "-", "--save", after},
+                        session + "changes\nchanges undo # the same, the other way\n");
+    ASSERT_EQ(result.code, 0) << result.err;
+    const std::size_t changes = result.out.find(kHeader);
+    const std::size_t undo = result.out.find(kHeader, changes + 1);
+    ASSERT_NE(undo, std::string::npos) << result.out;
+    EXPECT_EQ(undo - changes != kHeader.size(), changesAnything) << result.out;
+    EXPECT_EQ(result.out.find("\\Restarts"), std::string::npos) << result.out;
+    const std::string made =
+        program.Write("changes.reg", result.out.substr(changes, undo - changes));
+    const std::string undone = program.Write("undo.reg", result.out.substr(undo));
+
+    EXPECT_EQ(SavedAfter(program, machine, "merge " + made + "\n"), SavedAfter(program, after, ""))
+        << FileText(made);
+    EXPECT_EQ(SavedAfter(program, after, "merge " + undone + "\n"),
+              SavedAfter(program, machine, ""))
+        << FileText(undone);
+}
+
+TEST(Changes, LeadBothWaysAfterEachScenario) {
+    const struct {
+        const char* machine;
+        std::vector<const char*> buttons;  // each pressed and run, one after the other
+    } kCases[] = {
+        {"two-port-ethernet.reg", {"1086"}},
+        {"two-port-ethernet.reg", {"1087"}},
+        {"two-port-ethernet.reg", {"1088"}},
+        {"two-port-ethernet.reg", {"1096"}},
+        {"two-port-ethernet.reg", {"1098"}},
+        {"two-port-ethernet.reg", {"1095"}},
+        {"two-port-ethernet.reg", {"1088", "1095"}},  // set, then deleted again
+        {"two-port-ethernet.reg", {"1095", "1098", "1096", "1087"}},
+        {"two-port-ipoib.reg", {"1088"}},
+        {"single-port.reg", {"1086"}},
+        {"single-port.reg", {"1088"}},
+        {"single-port.reg", {"1096"}},
+        {"single-port.reg", {"1098"}},
+        {"single-port.reg", {"1095"}},
+        {"plain-export.reg", {"1087"}},  // a control set by its number, no StandIn key
+    };
+    const Program program;
+    for (const auto& run : kCases) {
+        std::string session = "open Performance\n";
+        for (const char* button : run.buttons)
+            session += "press " + std::string(button) + "\npress 1090\n";
+        SCOPED_TRACE(run.machine + ("\n" + session));
+        ExpectBothWays(program, (kSamples / run.machine).string(), session, true);
+    }
+}
+
+TEST(Changes, NothingButWhatHasChangedSinceTheSessionBegan) {
+    const Program program;
+    ExpectBothWays(program, program.Machine(), "open Performance\npress 1087\ncancel\n", false);
+    const std::string edits = program.Write(
+        "edits.reg",
+        kHeader +
+            "[HKEY_LOCAL_MACHINE\\SOFTWARE\\Corvanta]\n\"InstalledPath\"=hex(2):00,00\n"
+            "@=\"\"\n[-HKEY_LOCAL_MACHINE\\SOFTWARE\\StandIn\\Interfaces]\n"
+            "[HKEY_LOCAL_MACHINE\\SOFTWARE\\StandIn\\Restarts]\n\"x\"=dword:1\n");
+    ExpectBothWays(program, program.Machine(), "merge " + edits + "\n", true);
+
+    // A saved machine is where the next session begins.
+    const auto tuned = program.Run("open Performance\npress 1096\npress 1090\n",
+                                   {"--save", program.Path("tuned.reg")});
+    ASSERT_EQ(tuned.code, 0) << tuned.err;
+    const auto next =
+        program.RunWith({program.Path("tuned.reg"), "--script", "-"}, "changes\nchanges undo\n");
+    EXPECT_EQ(next.out, kHeader + kHeader);
+}
+
+TEST(Changes, AnUnknownWayIsRefused) {
+    const Program program;
+    const auto result = program.Run("changes back\n");
+    EXPECT_EQ(result.code, 2);
+    EXPECT_EQ(result.out, "");
+    EXPECT_NE(result.err.find("usage: changes [undo]"), std::string::npos) << result.err;
+}
+
+}  // namespace
