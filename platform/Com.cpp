@@ -105,7 +105,7 @@ std::optional<GUID> ParseGuid(std::u16string_view text) {
         const std::optional<unsigned> digit = HexDigit(text[at]);
         if (!digit) return std::nullopt;
         std::uint8_t& byte = bytes[digits++ / 2];
-        byte = static_cast<std::uint8_t>((byte << 4) | *digit);
+        byte = static_cast<std::uint8_t>(byte * 16U + *digit);
     }
     const auto word = [&bytes](int at) {
         return static_cast<WORD>(bytes[at] << 8 | bytes[at + 1]);

@@ -173,6 +173,7 @@ std::vector<HWND> Desktop::TopLevels() const {
     std::stable_sort(found.begin(), found.end(),
                      [](const Window* a, const Window* b) { return a->activated > b->activated; });
     std::vector<HWND> handles;
+    handles.reserve(found.size());
     for (const Window* window : found)
         handles.push_back(window->handle);
     return handles;

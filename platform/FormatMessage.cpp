@@ -29,7 +29,8 @@ class Inserts {
     ULONG_PTR At(std::size_t index) {
         if (m_array != nullptr) return m_array[index];
         while (m_taken.size() <= index)
-            m_taken.push_back(va_arg(*m_list, ULONG_PTR));
+            // The caller has started the list.
+            m_taken.push_back(va_arg(*m_list, ULONG_PTR));  // NOLINT(clang-analyzer-valist*)
         return m_taken[index];
     }
 

@@ -96,8 +96,8 @@ LRESULT RichEdit::TextLengthEx(const GETTEXTLENGTHEX& how) const {
     const std::u16string given = (how.flags & GTL_USECRLF) != 0 ? WithCrLf(text) : text;
     if (how.codepage != kWideCodePage)
         return static_cast<LRESULT>(ToNarrow(given, how.codepage).size());
-    const bool bytes = (how.flags & GTL_NUMBYTES) != 0;
-    return static_cast<LRESULT>(given.size() * (bytes ? sizeof(char16_t) : 1));
+    const auto units = static_cast<LRESULT>(given.size());
+    return (how.flags & GTL_NUMBYTES) != 0 ? units * LRESULT{sizeof(char16_t)} : units;
 }
 
 std::optional<LRESULT> RichEdit::FailureOf(UINT message) const {

@@ -22,7 +22,7 @@ class Scheduler {
     using Milliseconds = std::uint64_t;  // since the machine's start
 
     explicit Scheduler(std::uint64_t seed);
-    ~Scheduler();
+    ~Scheduler();  // NOLINT(bugprone-exception-escape)
     Scheduler(const Scheduler&) = delete;
     Scheduler& operator=(const Scheduler&) = delete;
 
