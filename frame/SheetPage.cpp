@@ -26,6 +26,8 @@ INT_PTR HandlePageMessage(PageWindowTable& table, HWND window, UINT message, WPA
         page->OnPosted(message, wParam, lParam);
         return TRUE;
     }
+    // The backgrounds of controls are left to the sheet, whose theme they have to match.
+    if (message >= WM_CTLCOLORMSGBOX && message <= WM_CTLCOLORSTATIC) return 0;
     return DefWindowProcW(window, message, wParam, lParam);
 }
 

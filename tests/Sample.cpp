@@ -113,7 +113,7 @@ std::string Sample::InstanceId(int port) const {
 }
 
 const char* Sample::BusInstanceId() {
-    return "PCI\\VEN_1C57&DEV_6340\\4&1D8E6F20&0&0018";
+    return "PCI\\VEN_1C57&DEV_1A20\\4&1D8E6F20&0&0018";
 }
 
 const char* Sample::BusClassKey() {

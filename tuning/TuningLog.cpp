@@ -7,9 +7,17 @@ namespace {
 
 constexpr WCHAR kByteOrderMark = 0xFEFF;
 
-void WriteCharacters(HANDLE file, const WCHAR* characters, size_t count) {
+bool WriteCharacters(HANDLE file, const WCHAR* characters, size_t count) {
     DWORD written = 0;
-    (void)WriteFile(file, characters, static_cast<DWORD>(count * sizeof(WCHAR)), &written, nullptr);
+    return WriteFile(file, characters, static_cast<DWORD>(count * sizeof(WCHAR)), &written,
+                     nullptr) != FALSE;
+}
+
+// Without its mark a log would be taken for narrow text for good.
+bool BeginsWithMark(HANDLE file) {
+    LARGE_INTEGER size = {};
+    return GetFileSizeEx(file, &size) &&
+           (size.QuadPart != 0 || WriteCharacters(file, &kByteOrderMark, 1));
 }
 
 }  // namespace
@@ -20,13 +28,13 @@ void LogStream::Write(LPCWSTR text) {
     size_t used = 0;
     for (; *text; ++text) {
         if (used + 2 > ARRAYSIZE(piece)) {
-            WriteCharacters(m_file.Get(), piece, used);
+            (void)WriteCharacters(m_file.Get(), piece, used);
             used = 0;
         }
         if (*text == TEXT('\n')) piece[used++] = TEXT('\r');
         piece[used++] = *text;
     }
-    WriteCharacters(m_file.Get(), piece, used);
+    (void)WriteCharacters(m_file.Get(), piece, used);
 }
 
 bool GetLogFileName(LPWSTR buffer, size_t capacity) {
@@ -41,10 +49,7 @@ LogStream OpenTuningLog(LPWSTR buffer, size_t capacity) {
     if (!GetLogFileName(buffer, capacity)) return LogStream();
     ScopedFile file(CreateFileW(buffer, FILE_APPEND_DATA, FILE_SHARE_READ | FILE_SHARE_WRITE,
                                 nullptr, OPEN_ALWAYS, FILE_ATTRIBUTE_NORMAL, nullptr));
-    if (!file) return LogStream();
-    LARGE_INTEGER size = {};
-    if (GetFileSizeEx(file.Get(), &size) && size.QuadPart == 0)
-        WriteCharacters(file.Get(), &kByteOrderMark, 1);
+    if (!file || !BeginsWithMark(file.Get())) return LogStream();
     return LogStream(std::move(file));
 }
 

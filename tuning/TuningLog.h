@@ -1,7 +1,7 @@
 #pragma once
 // The tuning log, %windir%\System32\LogFiles\PerformanceTuning.log: UTF-16LE with a byte-order
 // mark, lines ended by CR LF, only ever appended to. It is open for one step at a time. The sheet's
-// thread. A failed write is not noticed.
+// thread. A failed write is noticed only where the mark of a new log is at stake.
 
 #include <windows.h>
 #include <utility>
@@ -28,7 +28,7 @@ class LogStream {
 // isn't known, the path is longer than `capacity` characters or the directory can't be made.
 bool GetLogFileName(LPWSTR buffer, size_t capacity);
 // Opens the log for appending, or makes it; the path stays in the buffer. The stream is false when
-// the name or the file isn't to be had.
+// the name or the file isn't to be had, or a new file can't be given its mark.
 LogStream OpenTuningLog(LPWSTR buffer, size_t capacity);
 
 // Writes the local time, the text and a line end. A text that ends in "\n" leaves a blank line

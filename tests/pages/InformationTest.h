@@ -30,17 +30,23 @@ inline std::string Answer(const std::string& oid, const std::string& hex) {
     return "\"" + oid + "\"=hex:" + hex;
 }
 
-// One machine file with these lines below these keys.
-inline std::string Changes(const std::vector<std::pair<std::string, std::string>>& lines) {
-    std::string text = "Windows Registry Editor Version 5.00\n";
-    for (const auto& [key, line] : lines)
-        text += "\n[HKEY_LOCAL_MACHINE\\" + key + "]\n" + line + "\n";
-    return text;
-}
-
-inline void Merge(TestMachine& test, const std::string& file) {
+inline void MergeFile(TestMachine& test, const std::string& file) {
     const platform::QuietScope quiet;
     EXPECT_FALSE(platform::MergeMachineFile(test.machine, file));
+}
+
+// Lines below their keys.
+inline void Merge(TestMachine& test,
+                  const std::vector<std::pair<std::string, std::string>>& lines) {
+    std::string file = "Windows Registry Editor Version 5.00\n";
+    for (const auto& [key, line] : lines)
+        file += "\n[HKEY_LOCAL_MACHINE\\" + key + "]\n" + line + "\n";
+    MergeFile(test, file);
+}
+
+// The adapter has become another model, 8192.
+inline void ChangeDeviceId(TestMachine& test) {
+    Merge(test, {{MiniportKey(), Answer("0xFFA0C924", "00,20")}});
 }
 
 // Forty gigabits on the first port, all facts known.
@@ -84,33 +90,26 @@ inline Texts FullValues() {
             u"0x7fff"};
 }
 
-// The rows that the list of the sheet's active tab shows, as label and value.
-inline std::vector<std::pair<std::u16string, std::u16string>> ListRows(const TestMachine& test) {
-    const HWND list = GetDlgItem(test.Page(), kInformationList);
-    std::vector<std::pair<std::u16string, std::u16string>> rows;
+// The cells of a column of a page's list.
+inline Texts ListColumn(HWND page, int column) {
+    const HWND list = GetDlgItem(page, kInformationList);
+    Texts cells;
     const LRESULT count = SendMessageW(list, LVM_GETITEMCOUNT, 0, 0);
     for (LRESULT i = 0; i < count; ++i) {
-        std::u16string cells[2];
-        for (int column = 0; column < 2; ++column) {
-            WCHAR text[300] = {};
-            LVITEMW item = {};
-            item.iSubItem = column;
-            item.pszText = text;
-            item.cchTextMax = ARRAYSIZE(text);
-            SendMessageW(list, LVM_GETITEMTEXTW, static_cast<WPARAM>(i),
-                         reinterpret_cast<LPARAM>(&item));
-            cells[column] = text;
-        }
-        rows.emplace_back(cells[0], cells[1]);
+        WCHAR text[300] = {};
+        LVITEMW item = {};
+        item.iSubItem = column;
+        item.pszText = text;
+        item.cchTextMax = ARRAYSIZE(text);
+        SendMessageW(list, LVM_GETITEMTEXTW, static_cast<WPARAM>(i),
+                     reinterpret_cast<LPARAM>(&item));
+        cells.emplace_back(text);
     }
-    return rows;
+    return cells;
 }
 
 inline Texts ListValues(const TestMachine& test) {
-    Texts values;
-    for (const auto& row : ListRows(test))
-        values.push_back(row.second);
-    return values;
+    return ListColumn(test.Page(), 1);
 }
 
 // The active tab is left for the next one, or entered again.

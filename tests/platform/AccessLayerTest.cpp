@@ -1,14 +1,11 @@
 // The access layer as a probe uses it.
 
-#include <gtest/gtest.h>
-
 #include <cstring>
 #include <string>
 #include <vector>
 
 #include <windows.h>
 
-#include "AccessLayerImage.h"
 #include "FactsMachine.h"
 #include "IbAccessLayer.h"
 
@@ -20,12 +17,7 @@ namespace {
 constexpr char kCardGuid[] = "0002c90300112230";
 
 std::string Card(const std::string& values, const std::string& guid = kCardGuid) {
-    return "[" + FactsMachine::kStandIn + "\\Cards\\" + guid + "]\n" + values + "\n";
-}
-
-std::string Processors(const std::string& groups, const std::string& nodes) {
-    return "[" + FactsMachine::kStandIn + "\\Processors]\n\"Groups\"=\"" + groups +
-           "\"\n\"Nodes\"=\"" + nodes + "\"\n";
+    return FactLines("Cards\\" + guid, values);
 }
 
 std::vector<BYTE> Bytes(Net64 guid) {
@@ -66,8 +58,8 @@ struct Probe {
         const QueuePairRequest request = {0, 256, 256, 1, 1, 0, queue, queue};
         EXPECT_EQ(ib_create_qp(domain, &request, nullptr, nullptr, &pair), kSuccess);
     }
-    void Release() {
-        EXPECT_EQ(ib_destroy_qp(pair, nullptr), kSuccess);
+    ~Probe() {
+        EXPECT_EQ(ib_destroy_qp(pair, nullptr), pair ? kSuccess : kInvalidHandle);
         EXPECT_EQ(ib_destroy_cq(queue, nullptr), kSuccess);
         EXPECT_EQ(ib_dereg_mr(region), kSuccess);
         EXPECT_EQ(ib_dealloc_pd(domain, nullptr), kSuccess);
@@ -92,77 +84,34 @@ struct Probe {
     }
 };
 
-TEST(AccessLayer, WalksAProbesLife) {
-    FactsMachine machine(Card("\"Ports\"=\"0002c90300112231;0002C90300112232\""));
-    Probe probe;
-
-    UINT32 size = 0;
-    EXPECT_EQ(ib_query_ca(probe.card, nullptr, &size), kInsufficientMemory);
-    ASSERT_EQ(size, sizeof(CardAttributes) + 2 * sizeof(PortAttributes));
-    std::vector<UINT64> buffer(size / sizeof(UINT64));
-    auto* const attributes = reinterpret_cast<CardAttributes*>(buffer.data());
-    --size;
-    EXPECT_EQ(ib_query_ca(probe.card, attributes, &size), kInsufficientMemory);
-    ASSERT_EQ(ib_query_ca(probe.card, attributes, &size), kSuccess);
-    EXPECT_EQ(Bytes(attributes->guid),
-              (std::vector<BYTE>{0x00, 0x02, 0xC9, 0x03, 0x00, 0x11, 0x22, 0x30}));
-    ASSERT_EQ(attributes->portCount, 2);
-    EXPECT_EQ(attributes->ports[1].number, 2);
-    EXPECT_EQ(Bytes(attributes->ports[1].guid),
-              (std::vector<BYTE>{0x00, 0x02, 0xC9, 0x03, 0x00, 0x11, 0x22, 0x32}));
-
-    const struct {
-        const char* why;
-        QueuePairChange change;
-        unsigned status;
-    } kChanges[] = {
-        {"a port that isn't there", {kInit, 10, 3, 0, 0, 0}, kInvalidParameter},
-        {"no port", {kInit, 10, 0, 0, 0, 0}, kInvalidParameter},
-        {"a state out of turn", {3, 10, 1, 0, 0, 0}, kInvalidParameter},
-        {"to INIT", {kInit, 10, 1, 0, 0, 0}, kSuccess},
-    };
-    for (const auto& test : kChanges)
-        EXPECT_EQ(ib_modify_qp(probe.pair, &test.change), test.status) << test.why;
-    std::vector<BYTE> pairAttributes(kQueuePairAttributesSize, 0xFF);
-    EXPECT_EQ(ib_query_qp(probe.pair, pairAttributes.data()), kSuccess);
-    EXPECT_EQ(pairAttributes[0], kInit);
-    EXPECT_EQ(pairAttributes.back(), 0);
-
-    EXPECT_NE(probe.Register(), probe.Doorbell());
-    probe.Release();
-}
-
 TEST(AccessLayer, ChargesTheClockForEachMeasurement) {
     const struct {
         const char* why;
-        std::string ticks;  // a line of the card's key
-        std::string nodes;
+        std::string ticks, nodes;
         GROUP_AFFINITY affinity;  // mask 0: the thread isn't pinned
         DWORD expected;
     } kCases[] = {
-        {"near node", "\"DoorbellTicks\"=\"90,40\"", "0,0,1,1", {1, 1, {}}, 40},
-        {"far node", "\"DoorbellTicks\"=\"90,40\"", "0,0,1,1", {2, 0, {}}, 90},
-        {"lowest of several processors", "\"DoorbellTicks\"=\"90,40\"", "0,1,1,1", {3, 0, {}}, 90},
-        {"not pinned", "\"DoorbellTicks\"=\"90,40\"", "1,0,0,0", {0, 0, {}}, 40},
-        {"a node beyond the list", "\"DoorbellTicks\"=\"90\"", "0,0,7,7", {1, 1, {}}, 10},
-        {"no list", "", "0,0,1,1", {1, 1, {}}, 10},
-        {"no number", "\"DoorbellTicks\"=\"90,fast\"", "0,0,1,1", {1, 1, {}}, 10},
-        {"a negative number", "\"DoorbellTicks\"=\"90,-4\"", "0,0,1,1", {1, 1, {}}, 10},
-        {"no time at all", "\"DoorbellTicks\"=\"90,0\"", "0,0,1,1", {1, 1, {}}, 0},
-        {"a processor of unknown node", "\"DoorbellTicks\"=\"90,40\"", "0,0,-,1", {1, 1, {}}, 10},
+        {"near node", "90,40", "0,0,1,1", {1, 1, {}}, 40},
+        {"far node", "90,40", "0,0,1,1", {2, 0, {}}, 90},
+        {"lowest of several processors", "90,40", "0,1,1,1", {3, 0, {}}, 90},
+        {"not pinned", "90,40", "1,0,0,0", {0, 0, {}}, 40},
+        {"a node beyond the list", "90", "0,0,7,7", {1, 1, {}}, 10},
+        {"no number", "90,fast", "0,0,1,1", {1, 1, {}}, 10},
+        {"no time at all", "90,0", "0,0,1,1", {1, 1, {}}, 0},
+        {"a processor of unknown node", "90,40", "0,0,-,1", {1, 1, {}}, 10},
     };
     for (const auto& test : kCases) {
         SCOPED_TRACE(test.why);
-        FactsMachine machine(Processors("2,2", test.nodes) + Card(test.ticks));
-        Probe probe;
+        FactsMachine machine(
+            FactLines("Processors", "\"Groups\"=\"2,2\"\n\"Nodes\"=\"" + test.nodes + "\"") +
+            Card("\"DoorbellTicks\"=\"" + test.ticks + "\""));
+        const Probe probe;
         ASSERT_TRUE(test.affinity.Mask == 0 ||
                     SetThreadGroupAffinity(GetCurrentThread(), &test.affinity, nullptr));
         EXPECT_EQ(probe.Measure(), test.expected);
-        EXPECT_NE(probe.Register(), probe.Doorbell()) << "ready for the next measurement";
-        EXPECT_EQ(probe.Measure(), test.expected);
+        EXPECT_EQ(probe.Measure(), test.expected) << "ready for the next measurement";
         const DWORD idle = GetTickCount();
         EXPECT_EQ(GetTickCount(), idle) << "no store, no time";
-        probe.Release();
     }
 }
 
@@ -177,27 +126,19 @@ TEST(AccessLayer, ListsTheCardsOfTheFacts) {
     ASSERT_EQ(guids.size(), 2u);
     EXPECT_EQ(Bytes(guids[0]), (std::vector<BYTE>{0, 0, 0, 0, 0, 0, 0, 1}));
 
-    std::vector<Net64> one(1);
-    SIZE_T count = 1;
-    EXPECT_EQ(ib_get_ca_guids(layer, one.data(), &count), kInsufficientMemory);
-    EXPECT_EQ(count, 2u);
     void* card = nullptr;
     EXPECT_EQ(ib_open_ca(layer, 42, nullptr, nullptr, &card), kNotFound);
     EXPECT_EQ(ib_close_al(layer), kSuccess);
 }
 
 TEST(AccessLayer, PortsThatAreNoGuidsFailTheQuery) {
-    std::string many = "0000000000000001";
-    for (int i = 0; i < 255; ++i)
-        many += ";0000000000000001";
-    for (const std::string& ports : {std::string("12"), std::string("000000000000000g"),
-                                     std::string("0000000000000001;;0000000000000002"), many}) {
+    for (const std::string ports :
+         {"12", "000000000000000g", "0000000000000001;;0000000000000002"}) {
         SCOPED_TRACE(ports);
         FactsMachine machine(Card("\"Ports\"=\"" + ports + "\""));
-        Probe probe;
+        const Probe probe;
         UINT32 size = 0;
         EXPECT_EQ(ib_query_ca(probe.card, nullptr, &size), kError);
-        probe.Release();
     }
 }
 
@@ -209,37 +150,10 @@ TEST(AccessLayer, RefusesWrongHandlesAndWrongOrder) {
     EXPECT_EQ(ib_destroy_cq(probe.queue, nullptr), kBusy);
     EXPECT_EQ(ib_dealloc_pd(probe.domain, nullptr), kBusy);
     EXPECT_EQ(ib_dealloc_pd(probe.card, nullptr), kInvalidHandle);
-    EXPECT_EQ(ib_query_qp(nullptr, probe.work), kInvalidHandle);
-    void* const gone = probe.pair;
-    probe.Release();
-    EXPECT_EQ(ib_destroy_qp(gone, nullptr), kInvalidHandle);
-}
-
-TEST(AccessLayer, AFaultedReleaseStillReleases) {
-    FactsMachine machine(Card(""));
-    Probe probe;
-    machine.machine.faults.FailCalls("ib_destroy_qp", u"", 7);
+    machine.machine.faults.FailCalls("ib_destroy_qp", u"", 7, 1, 1);
     EXPECT_EQ(ib_destroy_qp(probe.pair, nullptr), 7u);
-    machine.machine.faults.Disarm();
-    EXPECT_EQ(ib_destroy_cq(probe.queue, nullptr), kSuccess);
-    EXPECT_EQ(ib_dereg_mr(probe.region), kSuccess);
-    EXPECT_EQ(ib_dealloc_pd(probe.domain, nullptr), kSuccess);
-    EXPECT_EQ(ib_close_ca(probe.card, nullptr), kSuccess);
-    EXPECT_EQ(ib_close_al(probe.layer), kSuccess);
-}
-
-TEST(AccessLayer, IsAModuleWithAllItsFunctions) {
-    const ModuleImage image = AccessLayerImage();
-    EXPECT_EQ(image.name, u"ibal.dll");
-    FactsMachine machine(Card(""));
-    void* layer = nullptr;
-    using Open = unsigned(WINAPI*)(void**);
-    using Close = unsigned(WINAPI*)(void*);
-    const auto find = [&image](const char* name) {
-        return reinterpret_cast<void (*)()>(image.exports.at(name));
-    };
-    EXPECT_EQ(reinterpret_cast<Open>(find("ib_open_al"))(&layer), kSuccess);
-    EXPECT_EQ(reinterpret_cast<Close>(find("ib_close_al"))(layer), kSuccess);
+    EXPECT_EQ(ib_destroy_qp(probe.pair, nullptr), kInvalidHandle) << "it is released all the same";
+    probe.pair = nullptr;
 }
 
 }  // namespace

@@ -13,7 +13,6 @@
 #include <windows.h>
 
 #include "FactsMachine.h"
-#include "Machine.h"
 #include "Modules.h"
 #include "User.h"
 
@@ -48,26 +47,27 @@ class Bytes {
 // One DIALOGEX template. Positions in dialog units.
 class DialogBytes {
   public:
-    explicit DialogBytes(std::u16string_view title, DWORD style = WS_POPUP | WS_CAPTION)
-        : m_title(title), m_style(style | DS_SETFONT) {}
+    explicit DialogBytes(std::u16string_view title) : m_title(title) {}
 
-    DialogBytes& Control(std::u16string_view className, int id, DWORD style = WS_VISIBLE,
-                         std::u16string_view text = u"", RECT at = {7, 7, 57, 21}) {
+    DialogBytes& Control(std::u16string_view className, int id, DWORD style = WS_VISIBLE) {
         m_items.Align().Dword(0).Dword(0).Dword(style);
-        m_items.Word(static_cast<unsigned>(at.left)).Word(static_cast<unsigned>(at.top));
-        m_items.Word(static_cast<unsigned>(at.right - at.left));
-        m_items.Word(static_cast<unsigned>(at.bottom - at.top)).Dword(static_cast<DWORD>(id));
+        m_items.Word(7).Word(7).Word(50).Word(14).Dword(static_cast<DWORD>(id));
         if (className.size() == 1)
             m_items.Ordinal(className[0]);
         else
             m_items.Text(className);
-        m_items.Text(text).Word(0);
+        m_items.Word(0).Word(0);
         ++m_count;
         return *this;
     }
     std::vector<BYTE> Data() const {
         Bytes all;
-        all.Word(1).Word(0xFFFF).Dword(0).Dword(0).Dword(m_style).Word(m_count);
+        all.Word(1)
+            .Word(0xFFFF)
+            .Dword(0)
+            .Dword(0)
+            .Dword(WS_POPUP | WS_CAPTION | DS_SETFONT)
+            .Word(m_count);
         all.Word(0).Word(0).Word(200).Word(100);
         all.Word(0).Word(0).Text(m_title);
         all.Word(8).Word(400).Word(0x100).Text(u"MS Shell Dlg").Align();
@@ -76,7 +76,6 @@ class DialogBytes {
 
   private:
     std::u16string m_title;
-    DWORD m_style;
     Bytes m_items;
     unsigned m_count = 0;
 };
@@ -109,9 +108,7 @@ class DeedUser : public platform::User {
         boxes.push_back(request);
         return onBox ? onBox(request) : IDOK;
     }
-    std::optional<std::u16string> OnFileDialog(
-        const platform::FileDialogRequest& request) override {
-        fileDialog = request;
+    std::optional<std::u16string> OnFileDialog(const platform::FileDialogRequest&) override {
         return file;
     }
     bool OnIdle() override {
@@ -126,7 +123,6 @@ class DeedUser : public platform::User {
     std::function<int(const platform::MessageBoxRequest&)> onBox;
     std::optional<std::u16string> file;
     std::vector<platform::MessageBoxRequest> boxes;
-    platform::FileDialogRequest fileDialog;
 };
 
 struct DesktopMachine {

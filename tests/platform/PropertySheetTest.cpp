@@ -16,13 +16,9 @@ constexpr UINT kApplyId = 0x3021;
 std::vector<std::string> g_events;
 // The answers of a page to a notification, by "<page> <what>".
 std::map<std::string, LONG_PTR> g_answers;
-// Done when a page is told that.
-std::map<std::string, std::function<void(HWND)>> g_deeds;
-
-LONG_PTR Note(LPARAM page, const std::string& what, HWND window) {
+LONG_PTR Note(LPARAM page, const std::string& what) {
     const std::string event = static_cast<char>(page) + (" " + what);
     g_events.push_back(event);
-    if (const auto deed = g_deeds.find(event); deed != g_deeds.end()) deed->second(window);
     const auto answer = g_answers.find(event);
     return answer == g_answers.end() ? 0 : answer->second;
 }
@@ -31,11 +27,11 @@ INT_PTR CALLBACK PageProcedure(HWND window, UINT message, WPARAM, LPARAM lParam)
     if (message == WM_INITDIALOG) {
         const LPARAM page = reinterpret_cast<const PROPSHEETPAGEW*>(lParam)->lParam;
         SetWindowLongPtrW(window, GWLP_USERDATA, page);
-        Note(page, "init", window);
+        Note(page, "init");
         return TRUE;
     }
     const LPARAM page = GetWindowLongPtrW(window, GWLP_USERDATA);
-    if (message == WM_DESTROY) Note(page, "destroy", window);
+    if (message == WM_DESTROY) Note(page, "destroy");
     if (message != WM_NOTIFY) return FALSE;
     const auto& note = *reinterpret_cast<const PSHNOTIFY*>(lParam);
     const std::map<UINT, std::string> names = {
@@ -44,14 +40,13 @@ INT_PTR CALLBACK PageProcedure(HWND window, UINT message, WPARAM, LPARAM lParam)
     };
     const auto name = names.find(note.hdr.code);
     if (name == names.end()) return FALSE;
-    SetWindowLongPtrW(window, DWLP_MSGRESULT,
-                      Note(page, name->second + (note.lParam ? "+" : ""), window));
+    SetWindowLongPtrW(window, DWLP_MSGRESULT, Note(page, name->second + (note.lParam ? "+" : "")));
     return TRUE;
 }
 
-UINT CALLBACK PageCallback(HWND window, UINT message, PROPSHEETPAGEW* page) {
+UINT CALLBACK PageCallback(HWND, UINT message, PROPSHEETPAGEW* page) {
     const char* const names[] = {"addref", "release", "create"};
-    return Note(page->lParam, names[message], window) == 0;
+    return Note(page->lParam, names[message]) == 0;
 }
 
 long Count(const std::string& event) {
@@ -63,60 +58,42 @@ class PropertySheetTest : public testing::Test {
     PropertySheetTest() {
         g_events.clear();
         g_answers.clear();
-        g_deeds.clear();
         ResourceFile resources;
         for (unsigned id : {'A', 'B', 'C'})
             resources.Dialog(id, DialogBytes(std::u16string(u"Page ") + static_cast<char16_t>(id)));
         resources.Dialog('X', DialogBytes(u"Bad").Control(u"NoSuchClass", 1));
         desktop.emplace(resources);
     }
-    ~PropertySheetTest() override { g_deeds.clear(); }
 
-    PROPSHEETPAGEW Description(char page) const {
+    HPROPSHEETPAGE Make(char page, DWORD size = sizeof(PROPSHEETPAGEW)) const {
         PROPSHEETPAGEW description = {};
-        description.dwSize = sizeof(description);
+        description.dwSize = size;
         description.dwFlags = PSP_USECALLBACK;
         description.hInstance = desktop->module;
         description.pszTemplate = MAKEINTRESOURCEW(page);
         description.pfnDlgProc = &PageProcedure;
         description.lParam = page;
         description.pfnCallback = &PageCallback;
-        return description;
-    }
-    HPROPSHEETPAGE Make(char page) const {
-        const PROPSHEETPAGEW description = Description(page);
         return CreatePropertySheetPageW(&description);
     }
     static int CALLBACK OnSheet(HWND window, UINT, LPARAM) {
         s_sheet = window;
         return 0;
     }
-    INT_PTR Show(const std::string& pages, DWORD flags = 0, UINT start = 0) {
+    INT_PTR Show(const std::string& pages) {
         std::vector<HPROPSHEETPAGE> handles;
         for (const char page : pages)
             handles.push_back(Make(page));
         PROPSHEETHEADERW header = {};
         header.dwSize = sizeof(header);
-        header.dwFlags = flags | PSH_USECALLBACK | PSH_PROPTITLE;
-        header.pszCaption = TEXT("Adapter");
+        header.dwFlags = PSH_USECALLBACK;
         header.nPages = static_cast<UINT>(handles.size());
-        header.nStartPage = start;
         header.phpage = handles.data();
         header.pfnCallback = &OnSheet;
         return PropertySheetW(&header);
     }
     static LRESULT Tell(UINT message, WPARAM wParam = 0, LPARAM lParam = 0) {
         return SendMessageW(s_sheet, message, wParam, lParam);
-    }
-    static std::u16string TabTitle(WPARAM index) {
-        WCHAR title[16];
-        TCITEMW item = {};
-        item.mask = TCIF_TEXT;
-        item.pszText = title;
-        item.cchTextMax = 16;
-        const HWND tabs = reinterpret_cast<HWND>(Tell(PSM_GETTABCONTROL));
-        SendMessageW(tabs, TCM_GETITEMW, index, reinterpret_cast<LPARAM>(&item));
-        return title;
     }
     // '0' to '9' activate a page, 'o', 'a' and 'c' press a button, 'x' closes the frame.
     static void Press(char key) {
@@ -141,58 +118,35 @@ TEST_F(PropertySheetTest, PagesAreToldInOrder) {
     const std::string toB = "A killactive, B create, B init, B setactive, ";
     const struct {
         const char* what;
-        std::string keys;
-        std::map<std::string, LONG_PTR> answers;
+        std::string keys, asked;
+        LONG_PTR answer;  // to the notification asked; else 0
         std::string events;
         INT_PTR result;
     } cases[] = {
-        {"cancel", "c", {}, start + "A querycancel, A reset, ", 0},
-        {"the frame's own closing", "x", {}, start + "A querycancel, A reset+, ", 0},
-        {"OK", "o", {}, start + "A killactive, A apply+, ", 1},
-        {"apply, then cancel",
-         "ac",
-         {},
-         start + "A killactive, A apply, A setactive, A querycancel, A reset, ",
-         1},
-        {"a change of tabs and back",
-         "10c",
-         {},
-         start + toB + "B killactive, A setactive, A querycancel, A reset, B reset, ",
-         0},
-        {"apply goes to every page that was shown",
-         "1ao",
-         {},
+        {"cancel", "c", "", 0, start + "A querycancel, A reset, ", 0},
+        {"the frame's own closing", "x", "", 0, start + "A querycancel, A reset+, ", 0},
+        {"OK", "o", "", 0, start + "A killactive, A apply+, ", 1},
+        {"apply, then cancel", "ac", "", 0,
+         start + "A killactive, A apply, A setactive, A querycancel, A reset, ", 1},
+        {"a change of tabs and back", "10c", "", 0,
+         start + toB + "B killactive, A setactive, A querycancel, A reset, B reset, ", 0},
+        {"apply goes to every page that was shown", "1ao", "", 0,
          start + toB + "B killactive, A apply, B apply, B setactive, " +
              "B killactive, A apply+, B apply+, ",
          1},
-        {"the tab that is active already",
-         "0c",
-         {},
-         start + "A killactive, A setactive, A querycancel, A reset, ",
-         0},
-        {"a page that doesn't let go",
-         "1oac",
-         {{"A killactive", 1}},
-         start + "A killactive, A killactive, A killactive, A querycancel, A reset, ",
-         0},
-        {"a page that refuses to apply, and comes up",
-         "1oc",
-         {{"A apply+", PSNRET_INVALID}},
-         start + toB + "B killactive, A apply+, A setactive, A querycancel, A reset, B reset, ",
-         0},
-        {"a page that refuses to apply, and doesn't",
-         "1oc",
-         {{"A apply+", PSNRET_INVALID_NOCHANGEPAGE}},
-         start + toB + "B killactive, A apply+, B setactive, B querycancel, A reset, B reset, ",
-         0},
-        {"a page that doesn't want to be active",
-         "1c",
-         {{"B setactive", -1}},
+        {"the tab that is active already", "0c", "", 0,
+         start + "A killactive, A setactive, A querycancel, A reset, ", 0},
+        {"a page that doesn't let go", "1oac", "A killactive", 1,
+         start + "A killactive, A killactive, A killactive, A querycancel, A reset, ", 0},
+        {"a page that refuses to apply, and comes up", "1oc", "A apply+", PSNRET_INVALID,
+         start + toB + "B killactive, A apply+, A setactive, A querycancel, A reset, B reset, ", 0},
+        {"a page that refuses to apply, and doesn't", "1oc", "A apply+",
+         PSNRET_INVALID_NOCHANGEPAGE,
+         start + toB + "B killactive, A apply+, B setactive, B querycancel, A reset, B reset, ", 0},
+        {"a page that doesn't want to be active", "1c", "B setactive", -1,
          start + toB + "C create, C init, C setactive, C querycancel, A reset, B reset, C reset, ",
          0},
-        {"a page that wants another to be active",
-         "2c",
-         {{"C setactive", 'A'}},
+        {"a page that wants another to be active", "2c", "C setactive", 'A',
          start + "A killactive, C create, C init, C setactive, A setactive, A querycancel, " +
              "A reset, C reset, ",
          0},
@@ -200,7 +154,7 @@ TEST_F(PropertySheetTest, PagesAreToldInOrder) {
     for (const auto& c : cases) {
         SCOPED_TRACE(c.what);
         g_events.clear();
-        g_answers = c.answers;
+        g_answers = {{c.asked, c.answer}};
         PressAll(c.keys);
         EXPECT_EQ(Show("ABC"), c.result);
         std::string events;
@@ -267,36 +221,13 @@ TEST_F(PropertySheetTest, PageThatNoSheetTookBelongsToItsMaker) {
     EXPECT_EQ(g_events, once);
 
     g_events.clear();
-    PROPSHEETPAGEW description = Description('A');
-    for (const DWORD size : {0U, 72U - 1, 5000U}) {
-        description.dwSize = size;
-        EXPECT_EQ(CreatePropertySheetPageW(&description), nullptr) << size;
-    }
+    for (const DWORD size : {0U, 72U - 1, 5000U})
+        EXPECT_EQ(Make('A', size), nullptr) << size;
     EXPECT_TRUE(g_events.empty());
     // A sheet that fails lets go of what it was given.
     desktop->machine.faults.FailCalls("PropertySheetW", u"", 8);
     EXPECT_EQ(Show("A"), -1);
     EXPECT_EQ(g_events, once);
-}
-
-TEST_F(PropertySheetTest, FrameShowsTitlesAndTheActivePage) {
-    desktop->user.deeds.push_back([] {
-        EXPECT_EQ(TextOf(s_sheet), u"Adapter Properties");
-        EXPECT_EQ(GetForegroundWindow(), s_sheet);
-        EXPECT_EQ(TabTitle(1), u"Page B");
-        const HWND b = reinterpret_cast<HWND>(Tell(PSM_GETCURRENTPAGEHWND));
-        EXPECT_EQ(GetWindowLongPtrW(b, GWLP_USERDATA), 'B');
-        EXPECT_EQ(Tell(PSM_INDEXTOHWND, 0), 0) << "not shown yet";
-        EXPECT_TRUE(Tell(PSM_SETCURSEL, 2));
-        EXPECT_FALSE(IsWindowVisible(b));
-        const HWND c = reinterpret_cast<HWND>(Tell(PSM_INDEXTOHWND, 2));
-        EXPECT_TRUE(IsWindowVisible(c));
-        EXPECT_EQ(GetParent(c), s_sheet);
-        EXPECT_EQ(Tell(PSM_HWNDTOINDEX, reinterpret_cast<WPARAM>(b)), 1);
-        EXPECT_FALSE(Tell(PSM_SETCURSEL, 3));
-    });
-    PressAll("c");
-    Show("ABC", 0, 1);
 }
 
 TEST_F(PropertySheetTest, ApplyIsEnabledWhileAPageHasChanges) {
@@ -320,24 +251,6 @@ TEST_F(PropertySheetTest, ApplyIsEnabledWhileAPageHasChanges) {
     EXPECT_EQ(Show("AB"), 1);
 }
 
-TEST_F(PropertySheetTest, BoxOfAPageHoldsTheSheet) {
-    g_deeds["A apply"] = [](HWND page) {
-        EXPECT_EQ(MessageBoxW(page, TEXT("Really?"), nullptr, MB_YESNO), IDNO);
-    };
-    HWND box = nullptr;
-    desktop->user.onBox = [&](const platform::MessageBoxRequest& request) {
-        box = request.window;
-        EXPECT_FALSE(IsWindowEnabled(s_sheet));
-        EXPECT_EQ(GetLastActivePopup(s_sheet), box);
-        return 0;
-    };
-    PressAll("a");
-    desktop->user.deeds.push_back([&] { SendMessageW(GetDlgItem(box, IDNO), BM_CLICK, 0, 0); });
-    desktop->user.deeds.push_back([] { EXPECT_TRUE(IsWindowEnabled(s_sheet)); });
-    PressAll("c");
-    EXPECT_EQ(Show("A"), 1);
-}
-
 TEST_F(PropertySheetTest, SecondSheetWorksWhileTheFirstIsUp) {
     desktop->user.deeds.push_back([&] {
         const HWND first = s_sheet;
@@ -350,51 +263,6 @@ TEST_F(PropertySheetTest, SecondSheetWorksWhileTheFirstIsUp) {
     });
     EXPECT_EQ(Show("A"), 0);
     EXPECT_EQ(g_events.back(), "A release");
-}
-
-TEST_F(PropertySheetTest, ModelessSheetLivesInTheCallersLoop) {
-    const auto first = reinterpret_cast<HWND>(Show("A", PSH_MODELESS));
-    const auto second = reinterpret_cast<HWND>(Show("B", PSH_MODELESS));
-    EXPECT_EQ(GetForegroundWindow(), second);
-    desktop->user.deeds = {[&] { PostMessageW(second, PSM_PRESSBUTTON, PSBTN_OK, 0); },
-                           [&] { PostMessageW(first, PSM_PRESSBUTTON, PSBTN_CANCEL, 0); }};
-    for (const HWND sheet : {second, first}) {
-        MSG message;
-        while (SendMessageW(sheet, PSM_GETCURRENTPAGEHWND, 0, 0) != 0 &&
-               GetMessageW(&message, nullptr, 0, 0)) {
-            for (const HWND asked : {first, second})
-                SendMessageW(asked, PSM_ISDIALOGMESSAGE, 0, reinterpret_cast<LPARAM>(&message));
-        }
-        EXPECT_TRUE(IsWindow(sheet)) << "the caller destroys it";
-    }
-    EXPECT_EQ(SendMessageW(second, PSM_GETRESULT, 0, 0), 1);
-    EXPECT_EQ(Count("B release"), 0);
-    DestroyWindow(second);
-    DestroyWindow(first);
-    EXPECT_EQ(Count("B release"), 1);
-    EXPECT_EQ(g_events.back(), "A release");
-}
-
-TEST_F(PropertySheetTest, DescriptionsAreCopied) {
-    // Two descriptions of different sizes in one row, as old and new callers give them.
-    struct {
-        PROPSHEETPAGEW first;
-        LONG_PTR own;
-        PROPSHEETPAGEW second;
-    } pages = {Description('A'), 42, Description('B')};
-    pages.first.dwSize = sizeof(pages.first) + sizeof(pages.own);
-    pages.first.dwFlags |= PSP_USETITLE;
-    pages.first.pszTitle = TEXT("Own title");
-    g_deeds["A init"] = [](HWND) { EXPECT_EQ(TabTitle(0), u"Own title"); };
-    PROPSHEETHEADERW header = {};
-    header.dwSize = sizeof(header);
-    header.dwFlags = PSH_PROPSHEETPAGE | PSH_USECALLBACK;
-    header.nPages = 2;
-    header.ppsp = &pages.first;
-    header.pfnCallback = &OnSheet;
-    PressAll("1c");
-    EXPECT_EQ(PropertySheetW(&header), 0);
-    EXPECT_EQ(Count("B init"), 1);
 }
 
 }  // namespace

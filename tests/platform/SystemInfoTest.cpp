@@ -1,13 +1,10 @@
 // The system's version, clock and commands, and the reboot.
 
-#include <gtest/gtest.h>
-
 #include <string>
 #include <vector>
 
 #include <windows.h>
 
-#include "Call.h"
 #include "Commands.h"
 #include "FactsMachine.h"
 #include "Facts.h"
@@ -16,19 +13,13 @@ using namespace platform;
 
 namespace {
 
-std::string StandIn(const std::string& values) {
-    return "[" + FactsMachine::kStandIn + "]\n" + values + "\n";
-}
-
 std::string CurrentVersion(const std::string& values) {
-    return "[HKEY_LOCAL_MACHINE\\SOFTWARE\\Microsoft\\Windows NT\\CurrentVersion]\n" + values +
-           "\n";
+    return KeyLines("SOFTWARE\\Microsoft\\Windows NT\\CurrentVersion", values);
 }
 
 std::string ProductOptions(const std::string& type) {
-    return "[HKEY_LOCAL_MACHINE\\SYSTEM\\CurrentControlSet\\Control\\ProductOptions]\n"
-           "\"ProductType\"=\"" +
-           type + "\"\n";
+    return KeyLines("SYSTEM\\CurrentControlSet\\Control\\ProductOptions",
+                    "\"ProductType\"=\"" + type + "\"");
 }
 
 TEST(Version, IsWhatTheFactsOrElseTheExportSay) {
@@ -39,13 +30,14 @@ TEST(Version, IsWhatTheFactsOrElseTheExportSay) {
         int product;  // 0: the call fails
     } kCases[] = {
         {"nothing said", "", 6, 2, VER_NT_WORKSTATION},
-        {"facts", StandIn("\"Version\"=\"6.1\"\n\"ProductType\"=dword:2"), 6, 1,
+        {"facts", FactLines("", "\"Version\"=\"6.1\"\n\"ProductType\"=dword:2"), 6, 1,
          VER_NT_DOMAIN_CONTROLLER},
         {"facts win over the export",
-         StandIn("\"Version\"=\"10.0\"\n\"ProductType\"=dword:1") +
+         FactLines("", "\"Version\"=\"10.0\"\n\"ProductType\"=dword:1") +
              CurrentVersion("\"CurrentVersion\"=\"6.3\"") + ProductOptions("ServerNT"),
          10, 0, VER_NT_WORKSTATION},
-        {"any other product is a server", StandIn("\"ProductType\"=dword:9"), 6, 2, VER_NT_SERVER},
+        {"any other product is a server", FactLines("", "\"ProductType\"=dword:9"), 6, 2,
+         VER_NT_SERVER},
         {"an export with numbers",
          CurrentVersion("\"CurrentVersion\"=\"6.3\"\n\"CurrentMajorVersionNumber\"=dword:a\n"
                         "\"CurrentMinorVersionNumber\"=dword:0") +
@@ -54,61 +46,33 @@ TEST(Version, IsWhatTheFactsOrElseTheExportSay) {
         {"an older export", CurrentVersion("\"CurrentVersion\"=\"6.1\"") + ProductOptions("WinNT"),
          6, 1, VER_NT_WORKSTATION},
         {"a domain controller", ProductOptions("lanmannt"), 6, 2, VER_NT_DOMAIN_CONTROLLER},
-        {"one number only", StandIn("\"Version\"=\"6\""), 0, 0, 0},
-        {"no number", StandIn("\"Version\"=\"six.two\""), 0, 0, 0},
-        {"a negative number", StandIn("\"Version\"=\"6.-2\""), 0, 0, 0},
+        {"one number only", FactLines("", "\"Version\"=\"6\""), 0, 0, 0},
+        {"no number", FactLines("", "\"Version\"=\"six.two\""), 0, 0, 0},
     };
     for (const auto& test : kCases) {
         SCOPED_TRACE(test.why);
         FactsMachine machine(test.facts);
-        OSVERSIONINFOEXW extended = {};
-        extended.dwOSVersionInfoSize = sizeof extended;
-        OSVERSIONINFOW plain = {};
-        plain.dwOSVersionInfoSize = 276;
-        EXPECT_EQ(GetVersionExW(&plain), test.product != 0);
-        EXPECT_EQ(GetVersionExW(reinterpret_cast<LPOSVERSIONINFOW>(&extended)), test.product != 0);
-        if (test.product == 0) continue;
-        EXPECT_EQ(plain.dwMajorVersion, test.major);
-        EXPECT_EQ(plain.dwMinorVersion, test.minor);
-        EXPECT_EQ(extended.dwMajorVersion, test.major);
-        EXPECT_EQ(extended.dwMinorVersion, test.minor);
-        EXPECT_EQ(extended.wProductType, test.product);
-    }
-}
-
-TEST(Version, IsOnlyGivenInItsTwoSizes) {
-    FactsMachine machine;
-    OSVERSIONINFOW information = {};
-    for (const DWORD size : {0u, 275u, 277u, 300u}) {
-        information.dwOSVersionInfoSize = size;
-        EXPECT_FALSE(GetVersionExW(&information)) << size;
-        EXPECT_EQ(Call::GetLast(), DWORD{ERROR_INSUFFICIENT_BUFFER});
+        OSVERSIONINFOEXW version = {};
+        for (const DWORD size : {DWORD{sizeof version}, DWORD{276}, DWORD{275}}) {
+            version.dwOSVersionInfoSize = size;
+            const BOOL known = GetVersionExW(reinterpret_cast<LPOSVERSIONINFOW>(&version));
+            EXPECT_EQ(known, test.product != 0 && size != 275);
+        }
+        EXPECT_EQ(version.dwMajorVersion, test.major);
+        EXPECT_EQ(version.dwMinorVersion, test.minor);
+        EXPECT_EQ(version.wProductType, test.product);
     }
 }
 
 TEST(Clock, ShowsTheMachinesLocalTime) {
-    FactsMachine machine(StandIn("\"Time\"=\"2024-02-29 23:59\""));
+    FactsMachine machine(FactLines("", "\"Time\"=\"2024-02-29 23:59\""));
     machine.machine.scheduler.Advance(61'005);
     EXPECT_EQ(GetTickCount(), 61'005u);
-    EXPECT_EQ(GetTickCount64(), 61'005u);
     SYSTEMTIME time = {};
     GetLocalTime(&time);
-    EXPECT_EQ(time.wYear, 2024);
-    EXPECT_EQ(time.wMonth, 3);
-    EXPECT_EQ(time.wDay, 1);
-    EXPECT_EQ(time.wDayOfWeek, 5);
-    EXPECT_EQ(time.wHour, 0);
-    EXPECT_EQ(time.wMinute, 0);
-    EXPECT_EQ(time.wSecond, 1);
-    EXPECT_EQ(time.wMilliseconds, 5);
-}
-
-TEST(WindowsDirectory, NeedsRoomForItsTerminator) {
-    FactsMachine machine;
-    WCHAR buffer[12] = {};
-    EXPECT_EQ(GetWindowsDirectoryW(buffer, 10), 11u);
-    EXPECT_EQ(GetWindowsDirectoryW(buffer, 11), 10u);
-    EXPECT_EQ(buffer, std::u16string(u"C:\\Windows"));
+    EXPECT_EQ((std::vector<WORD>{time.wYear, time.wMonth, time.wDay, time.wDayOfWeek, time.wHour,
+                                 time.wMinute, time.wSecond, time.wMilliseconds}),
+              (std::vector<WORD>{2024, 3, 1, 5, 0, 0, 1, 5}));
 }
 
 TEST(Commands, GiveTheResultsOfTheFactsInTurn) {
@@ -123,50 +87,26 @@ TEST(Commands, GiveTheResultsOfTheFactsInTurn) {
     };
     for (const auto& test : kCases) {
         FactsMachine machine(
-            test.facts ? StandIn(std::string("\"NetshResult\"=\"") + test.facts + "\"") : "");
+            test.facts ? FactLines("", std::string("\"NetshResult\"=\"") + test.facts + "\"") : "");
         for (const UINT result : test.results)
             EXPECT_EQ(WinExec("netsh x", 0), result);
         EXPECT_EQ(machine.machine.Get<Commands>().lines.size(), test.results.size());
     }
 }
 
-TEST(Commands, FailByTheirLine) {
-    FactsMachine machine;
-    machine.machine.faults.FailCalls("WinExec", u"netsh b", ERROR_ACCESS_DENIED);
-    EXPECT_EQ(WinExec("netsh a", 0), 33u);
-    EXPECT_EQ(WinExec("netsh b", 0), UINT{ERROR_ACCESS_DENIED});
-    EXPECT_EQ(machine.machine.Get<Commands>().lines, std::vector<std::string>{"netsh a"});
-}
-
-// Tries to enable the shutdown privilege; the last error of the adjustment.
-DWORD EnableShutdown(DWORD access, LUID luid) {
-    HANDLE token = nullptr;
-    EXPECT_TRUE(OpenProcessToken(GetCurrentProcess(), access, &token));
-    TOKEN_PRIVILEGES privileges = {1, {{luid, SE_PRIVILEGE_ENABLED}}};
-    const BOOL result =
-        AdjustTokenPrivileges(token, FALSE, &privileges, sizeof privileges, nullptr, nullptr);
-    const DWORD error = Call::GetLast();
-    EXPECT_EQ(result, error == ERROR_SUCCESS || error == ERROR_NOT_ALL_ASSIGNED);
-    CloseHandle(token);
-    return error;
-}
-
 TEST(Reboot, NeedsThePrivilegeAndIsCounted) {
     FactsMachine machine;
-    LUID luid = {};
-    EXPECT_FALSE(LookupPrivilegeValueW(nullptr, u"SeBackupPrivilege", &luid));
-    EXPECT_EQ(Call::GetLast(), DWORD{ERROR_NO_SUCH_PRIVILEGE});
-    ASSERT_TRUE(LookupPrivilegeValueW(nullptr, SE_SHUTDOWN_NAME, &luid));
-    EXPECT_EQ(EnableShutdown(TOKEN_QUERY, luid), DWORD{ERROR_ACCESS_DENIED});
-    EXPECT_EQ(EnableShutdown(TOKEN_ADJUST_PRIVILEGES, LUID{1, 0}), DWORD{ERROR_NOT_ALL_ASSIGNED});
-    machine.machine.faults.FailCalls("AdjustTokenPrivileges", u"", ERROR_NOT_ALL_ASSIGNED);
-    EXPECT_EQ(EnableShutdown(TOKEN_ADJUST_PRIVILEGES, luid), DWORD{ERROR_NOT_ALL_ASSIGNED});
-    machine.machine.faults.Disarm();
-    EXPECT_FALSE(ExitWindowsEx(EWX_REBOOT, 4));
-    EXPECT_EQ(Call::GetLast(), DWORD{ERROR_PRIVILEGE_NOT_HELD});
-    EXPECT_EQ(FactNumber(u"Restarts", u"Reboots").value_or(0), 0u);
-
-    EXPECT_EQ(EnableShutdown(TOKEN_ADJUST_PRIVILEGES, luid), DWORD{ERROR_SUCCESS});
+    TOKEN_PRIVILEGES privileges = {1, {{{}, SE_PRIVILEGE_ENABLED}}};
+    ASSERT_TRUE(LookupPrivilegeValueW(nullptr, SE_SHUTDOWN_NAME, &privileges.Privileges[0].Luid));
+    for (const DWORD access : {DWORD{TOKEN_QUERY}, DWORD{TOKEN_ADJUST_PRIVILEGES}}) {
+        EXPECT_EQ(ErrorOf(ExitWindowsEx(EWX_REBOOT, 4)), ERROR_PRIVILEGE_NOT_HELD);
+        HANDLE token = nullptr;
+        EXPECT_TRUE(OpenProcessToken(GetCurrentProcess(), access, &token));
+        const BOOL adjusted =
+            AdjustTokenPrivileges(token, FALSE, &privileges, sizeof privileges, nullptr, nullptr);
+        EXPECT_EQ(adjusted, access == TOKEN_ADJUST_PRIVILEGES);
+        CloseHandle(token);
+    }
     for (DWORD count = 1; count <= 2; ++count) {
         EXPECT_TRUE(ExitWindowsEx(EWX_REBOOT, 4));
         EXPECT_EQ(FactNumber(u"Restarts", u"Reboots"), count);

@@ -2,15 +2,13 @@
 
 #include <gtest/gtest.h>
 
-#include <algorithm>
-#include <filesystem>
+#include <utility>
 
 #include "Program.h"
 
 namespace {
 
 const std::string kHeader = "Windows Registry Editor Version 5.00\n";
-const std::filesystem::path kSamples = std::filesystem::path(SOURCE_DIR) / "samples";
 
 // The saved machine after a script, without the restarts that were counted.
 std::string SavedAfter(const Program& program, const std::string& machine,
@@ -50,33 +48,23 @@ void ExpectBothWays(const Program& program, const std::string& machine, const st
 }
 
 TEST(Changes, LeadBothWaysAfterEachScenario) {
-    const struct {
-        const char* machine;
-        std::vector<const char*> buttons;  // each pressed and run, one after the other
-    } kCases[] = {
+    const std::pair<const char*, std::vector<const char*>> kCases[] = {
         {"two-port-ethernet.reg", {"1086"}},
-        {"two-port-ethernet.reg", {"1087"}},
         {"two-port-ethernet.reg", {"1088"}},
-        {"two-port-ethernet.reg", {"1096"}},
         {"two-port-ethernet.reg", {"1098"}},
-        {"two-port-ethernet.reg", {"1095"}},
         {"two-port-ethernet.reg", {"1088", "1095"}},  // set, then deleted again
         {"two-port-ethernet.reg", {"1095", "1098", "1096", "1087"}},
         {"two-port-ipoib.reg", {"1088"}},
-        {"single-port.reg", {"1086"}},
-        {"single-port.reg", {"1088"}},
-        {"single-port.reg", {"1096"}},
-        {"single-port.reg", {"1098"}},
-        {"single-port.reg", {"1095"}},
+        {"single-port.reg", {"1096", "1095"}},
         {"plain-export.reg", {"1087"}},  // a control set by its number, no StandIn key
     };
     const Program program;
-    for (const auto& run : kCases) {
+    for (const auto& [machine, buttons] : kCases) {
         std::string session = "open Performance\n";
-        for (const char* button : run.buttons)
+        for (const char* button : buttons)
             session += "press " + std::string(button) + "\npress 1090\n";
-        SCOPED_TRACE(run.machine + ("\n" + session));
-        ExpectBothWays(program, (kSamples / run.machine).string(), session, true);
+        SCOPED_TRACE(machine + ("\n" + session));
+        ExpectBothWays(program, SOURCE_DIR "/samples/" + std::string(machine), session, true);
     }
 }
 
@@ -98,14 +86,6 @@ TEST(Changes, NothingButWhatHasChangedSinceTheSessionBegan) {
     const auto next =
         program.RunWith({program.Path("tuned.reg"), "--script", "-"}, "changes\nchanges undo\n");
     EXPECT_EQ(next.out, kHeader + kHeader);
-}
-
-TEST(Changes, AnUnknownWayIsRefused) {
-    const Program program;
-    const auto result = program.Run("changes back\n");
-    EXPECT_EQ(result.code, 2);
-    EXPECT_EQ(result.out, "");
-    EXPECT_NE(result.err.find("usage: changes [undo]"), std::string::npos) << result.err;
 }
 
 }  // namespace

@@ -2,10 +2,7 @@
 
 #include <gtest/gtest.h>
 
-#include <fcntl.h>
-#include <spawn.h>
 #include <sys/wait.h>
-#include <unistd.h>
 
 #include <cstdlib>
 #include <fstream>
@@ -49,35 +46,22 @@ std::string Program::Read(const std::string& name) const {
     return FileText(m_folder / name);
 }
 
-Program::Result Program::RunWith(std::vector<std::string> arguments,
+Program::Result Program::RunWith(const std::vector<std::string>& arguments,
                                  const std::string& input) const {
     const std::string in = Write("standard-input", input);
     const std::string out = Path("standard-output");
     const std::string err = Path("standard-error");
-    posix_spawn_file_actions_t streams;
-    posix_spawn_file_actions_init(&streams);
-    posix_spawn_file_actions_addopen(&streams, STDIN_FILENO, in.c_str(), O_RDONLY, 0);
-    posix_spawn_file_actions_addopen(&streams, STDOUT_FILENO, out.c_str(),
-                                     O_WRONLY | O_CREAT | O_TRUNC, 0600);
-    posix_spawn_file_actions_addopen(&streams, STDERR_FILENO, err.c_str(),
-                                     O_WRONLY | O_CREAT | O_TRUNC, 0600);
-    arguments.insert(arguments.begin(), SHEET_PROGRAM);
-    std::vector<char*> words;
-    for (std::string& argument : arguments)
-        words.push_back(argument.data());
-    words.push_back(nullptr);
-    pid_t process = 0;
-    const int error =
-        posix_spawn(&process, SHEET_PROGRAM, &streams, nullptr, words.data(), environ);
-    posix_spawn_file_actions_destroy(&streams);
-    EXPECT_EQ(error, 0) << "the program doesn't start";
-    int status = -1;
-    if (error == 0) waitpid(process, &status, 0);
+    const auto quoted = [](const std::string& word) { return " '" + word + "'"; };
+    std::string command = quoted(SHEET_PROGRAM);
+    for (const std::string& argument : arguments)
+        command += quoted(argument);
+    command += " <" + quoted(in) + " >" + quoted(out) + " 2>" + quoted(err);
+    const int status = std::system(command.c_str());
     EXPECT_TRUE(WIFEXITED(status)) << FileText(err);
     return {WEXITSTATUS(status), FileText(out), FileText(err)};
 }
 
 Program::Result Program::Run(const std::string& script, std::vector<std::string> more) const {
     more.insert(more.begin(), {Machine(), "--script", "-"});
-    return RunWith(std::move(more), script);
+    return RunWith(more, script);
 }

@@ -30,7 +30,7 @@ class Program {
     std::string Machine() const { return Path("machine.reg"); }
 
     // With these arguments and that standard input.
-    Result RunWith(std::vector<std::string> arguments, const std::string& input = "") const;
+    Result RunWith(const std::vector<std::string>& arguments, const std::string& input = "") const;
     // With the machine file, the script as standard input, and further arguments.
     Result Run(const std::string& script, std::vector<std::string> more = {}) const;
 

@@ -16,6 +16,18 @@
 
 using Lines = std::vector<std::string>;
 
+inline const std::string kNoRow = "Failed to retrieve Numa's information, Invalid input.";
+inline const std::string kNoAdapter = "Failed to retrieve Adapter's information, Invalid input.";
+inline const std::string kSingleCore = "Tuning for single core CPUs is not supported, aborting.";
+inline const Lines kRestore = {"Restore Tuning Defaults", ""};
+inline const std::string kNoTcpChange =
+    "No Registry Change Needed for SYSTEM\\CurrentControlSet\\Services\\Tcpip\\Parameters";
+inline const std::string kNoAfdChange =
+    "No Registry Change Needed for SYSTEM\\CurrentControlSet\\Services\\AFD\\Parameters";
+
+// Versions of the system by the level that they give.
+inline constexpr const char* kVersionOfLevel[] = {"6.0", "6.1", "6.2"};
+
 // A port with its class key open. Goes before the machine.
 struct OpenPort : TuningAdapter {
     explicit OpenPort(int port, bool ethernet = true) {
@@ -23,21 +35,40 @@ struct OpenPort : TuningAdapter {
         present = true;
         isEthernet = ethernet;
         number = static_cast<BYTE>(port);
-        const std::u16string path = Wide(Sample::ClassKey(port));
-        EXPECT_EQ(RegOpenKeyExW(HKEY_LOCAL_MACHINE, path.c_str(), 0,
+        EXPECT_EQ(RegOpenKeyExW(HKEY_LOCAL_MACHINE, Wide(Sample::ClassKey(port)).c_str(), 0,
                                 KEY_READ | KEY_SET_VALUE | KEY_CREATE_SUB_KEY, key.Receive()),
                   ERROR_SUCCESS);
     }
+    void Named(const std::string& name) { Wide(name).copy(connectionName, name.size()); }
 };
 
-// The tuning log, open for as long as this lives.
-struct OpenLog {
-    OpenLog() : stream(OpenTuningLog(path, ARRAYSIZE(path))) {
-        EXPECT_TRUE(static_cast<bool>(stream));
-    }
-    WCHAR path[kPathCapacity] = {};
-    LogStream stream;
-};
+inline Lines LogOf(const TestMachine& test) {
+    Lines lines;
+    for (const std::u16string& line : test.LogLines())
+        lines.push_back(platform::ToUtf8(line));
+    return lines;
+}
+
+// Does something with the log open, and gives the lines that it wrote.
+template <class Act>
+Lines Logged(const TestMachine& test, Act act) {
+    const auto before = static_cast<std::ptrdiff_t>(test.LogLines().size());
+    WCHAR path[kPathCapacity];
+    LogStream log = OpenTuningLog(path, kPathCapacity);
+    EXPECT_TRUE(static_cast<bool>(log));
+    act(&log);
+    log.Close();
+    const Lines lines = LogOf(test);
+    return {lines.begin() + before, lines.end()};
+}
+
+inline const std::string& Output(TestMachine& test) {
+    return test.machine.Get<platform::Streams>().output;
+}
+
+inline const std::string& Errors(TestMachine& test) {
+    return test.machine.Get<platform::Streams>().error;
+}
 
 // A node with so many processors, numbered from `first` on.
 inline NumaNodeRow Row(int count, int first = 10) {
@@ -48,35 +79,11 @@ inline NumaNodeRow Row(int count, int first = 10) {
     return row;
 }
 
-// The log's lines from index `from` on.
-inline Lines LogOf(const TestMachine& test, std::size_t from = 0) {
-    Lines lines;
-    for (const std::u16string& line : test.LogLines())
-        lines.push_back(platform::ToUtf8(line));
-    return {lines.begin() + static_cast<std::ptrdiff_t>(std::min(from, lines.size())), lines.end()};
-}
-
-struct Setting {
-    std::string name;
-    int number;
-    int fromLevel = 0;
-};
-
-// Appends the line of each setting that the level has.
-inline void AddSettings(Lines& lines, int port, int level, const std::vector<Setting>& settings) {
-    for (const Setting& row : settings)
-        if (row.fromLevel <= level)
-            lines.push_back("Setting adapter " + std::to_string(port) + " key " + row.name +
-                            " to " + std::to_string(row.number));
-}
-
-// The port's class key holds these values, and none of a higher level.
-inline void ExpectStored(const TestMachine& test, int port, int level,
-                         const std::vector<Setting>& settings) {
-    for (const Setting& row : settings)
-        EXPECT_EQ(platform::ToUtf8(test.PortText(port, Wide(row.name))),
-                  row.fromLevel <= level ? std::to_string(row.number) : "-")
-            << "port " << port << ", " << row.name;
+// How the log of general tuning begins.
+inline Lines GeneralTuningHead(const std::string& kind) {
+    return {"Start Corvanta Tessaron " + kind + " general performance tuning.",
+            "Executing: netsh int tcp set global rss = enabled", "",
+            "Executing: netsh int tcp set global timestamps=disabled", ""};
 }
 
 inline Lines Joined(std::initializer_list<Lines> parts) {
@@ -86,41 +93,45 @@ inline Lines Joined(std::initializer_list<Lines> parts) {
     return all;
 }
 
-// Versions of the system by the level that they give.
-inline constexpr const char* kVersionOfLevel[] = {"6.0", "6.1", "6.2"};
+// A port's driver defaults, in the order of a restore.
+struct DefaultValue {
+    const char* name;
+    const char* text;  // null: the value is deleted
+    bool applies = true;
+    bool logged = true;
+};
 
-// The lines of a restore of port `port`, by what the driver's defaults are.
-inline Lines RestoreLines(int port, bool first, bool ethernet, int level) {
-    const std::string n = std::to_string(port);
+inline std::vector<DefaultValue> Defaults(bool first, bool ethernet, int level) {
+    return {
+        {"DefaultRecvRingProcessor", "-1"},
+        {"TxInterruptProcessor", "-1"},
+        {"TxForwardingProcessor", "-1"},
+        {"*ReceiveBuffers", "512"},
+        {"ForceDelayDropTimeoutMode", "0"},
+        {"UseRSSForRawIP", nullptr},
+        {"UseRSSForUDP", nullptr},
+        {"MaxNumTxPacketsToIndicateComplete", nullptr},
+        {"UseSendFwQueue", nullptr},
+        {"RxIntModerationProfile", "1", first},
+        {"TxIntModerationProfile", "1", first},
+        {"SendCompletionMethod", ethernet ? nullptr : "0"},
+        {"RecvCompletionMethod", "1"},
+        {"TuningScenario", nullptr, true, first},
+        {"*MaxRssProcessors", "8", level >= 1},
+        {"*RssBaseProcNumber", "0", level >= 1},
+        {"*NumRSSQueues", "8", level >= 2},
+        {"*RssMaxProcNumber", "63", level >= 2},
+        {"*RssProfile", "1", level >= 2},
+        {"SingleStream", "0", ethernet},
+    };
+}
+
+inline Lines RestoreLines(int port, bool first, bool ethernet = true, int level = 2) {
     Lines lines;
-    const auto set = [&](const char* name, const char* text) {
-        lines.push_back("Setting adapter " + n + " key " + name + " to " + text);
-    };
-    const auto drop = [&](const char* name) {
-        lines.push_back("Deleting adapter " + n + " key " + name);
-    };
-    set("DefaultRecvRingProcessor", "-1");
-    set("TxInterruptProcessor", "-1");
-    set("TxForwardingProcessor", "-1");
-    set("*ReceiveBuffers", "512");
-    set("ForceDelayDropTimeoutMode", "0");
-    drop("UseRSSForRawIP");
-    drop("UseRSSForUDP");
-    drop("MaxNumTxPacketsToIndicateComplete");
-    drop("UseSendFwQueue");
-    if (first) set("RxIntModerationProfile", "1");
-    if (first) set("TxIntModerationProfile", "1");
-    if (ethernet)
-        drop("SendCompletionMethod");
-    else
-        set("SendCompletionMethod", "0");
-    set("RecvCompletionMethod", "1");
-    if (first) drop("TuningScenario");
-    if (level >= 1) set("*MaxRssProcessors", "8");
-    if (level >= 1) set("*RssBaseProcNumber", "0");
-    if (level >= 2) set("*NumRSSQueues", "8");
-    if (level >= 2) set("*RssMaxProcNumber", "63");
-    if (level >= 2) set("*RssProfile", "1");
-    if (ethernet) set("SingleStream", "0");
+    for (const DefaultValue& row : Defaults(first, ethernet, level)) {
+        if (!row.applies || !row.logged) continue;
+        const std::string key = " adapter " + std::to_string(port) + " key " + row.name;
+        lines.push_back(row.text ? "Setting" + key + " to " + row.text : "Deleting" + key);
+    }
     return lines;
 }

@@ -5,18 +5,11 @@
 #include "AutoClasses.h"
 #include "Drive.h"
 #include "Fixture.h"
-#include "MachineFile.h"
 #include "TestWindow.h"
 
 namespace {
 
 constexpr char kTestKey[] = "SOFTWARE\\Test";
-
-void Forget(TestMachine& test, const std::string& key) {
-    ASSERT_FALSE(platform::MergeMachineFile(
-        test.machine,
-        "Windows Registry Editor Version 5.00\n\n[-HKEY_LOCAL_MACHINE\\" + key + "]\n"));
-}
 
 TEST(ReadRegistryText, TakesWhateverAValueHolds) {
     const struct {
@@ -59,54 +52,20 @@ TEST(ReadRegistryText, TakesWhateverAValueHolds) {
     }
 }
 
-TEST(HklmValues, AreReadAsTheyStand) {
+TEST(HklmValues, AreReadAndWrittenAsTheyStand) {
     TestMachine test(Sample().With(kTestKey, R"("v"=hex(1):61,00,62)"));
-    BYTE buffer[4] = {};
-    DWORD size = sizeof(buffer);
-    EXPECT_TRUE(ReadHklmValue(u"SOFTWARE\\Test", u"v", buffer, &size));
-    EXPECT_EQ(size, 3u);
+    BYTE buffer[16] = {};
+    const auto read = [&](LPCWSTR key, LPCWSTR name, DWORD size) {
+        return ReadHklmValue(key, name, buffer, &size) ? static_cast<int>(size) : -1;
+    };
+    EXPECT_EQ(read(u"SOFTWARE\\Test", u"v", 4), 3);
     EXPECT_EQ(buffer[2], 0x62);
-
-    size = 2;
-    EXPECT_FALSE(ReadHklmValue(u"SOFTWARE\\Test", u"v", buffer, &size));
-    size = sizeof(buffer);
-    EXPECT_FALSE(ReadHklmValue(u"SOFTWARE\\Test", u"w", buffer, &size));
-    EXPECT_FALSE(ReadHklmValue(u"SOFTWARE\\Gone", u"v", buffer, &size));
-}
-
-TEST(HklmValues, AreWrittenWithTheSizeGiven) {
-    TestMachine test(Sample().With(kTestKey, R"("other"="kept")"));
-    test.Attach();
+    EXPECT_EQ(read(u"SOFTWARE\\Test", u"v", 2), -1);
+    EXPECT_EQ(read(u"SOFTWARE\\Test", u"w", 4), -1);
+    EXPECT_EQ(read(u"SOFTWARE\\Gone", u"v", 4), -1);
     EXPECT_TRUE(WriteHklmString(u"SOFTWARE\\Test", u"v", u"eth,ib", 12));
     EXPECT_EQ(test.Text(kTestKey, u"v"), u"eth,ib");
-    BYTE stored[32];
-    DWORD size = sizeof(stored);
-    EXPECT_TRUE(ReadHklmValue(u"SOFTWARE\\Test", u"v", stored, &size));
-    EXPECT_EQ(size, 12u);
-}
-
-TEST(HklmValues, AFailedWriteIsShown) {
-    const struct {
-        const char* call;
-        const char16_t* argument;
-        const char16_t* text;
-    } rows[] = {
-        {"RegOpenKeyExW", u"SOFTWARE\\Test",
-         u"Failed to open registry key.\r\nError message: Access is denied.\r\n"},
-        {"RegSetValueExW", u"v",
-         u"Failed to set value to registry key.\r\nError message: Access is denied.\r\n"},
-    };
-    for (const auto& row : rows) {
-        SCOPED_TRACE(row.call);
-        TestMachine test(Sample().With(kTestKey, R"("v"="before")"));
-        test.Attach();
-        test.machine.faults.FailCalls(row.call, row.argument, ERROR_ACCESS_DENIED);
-        test.user.Answer(IDOK);
-        EXPECT_FALSE(WriteHklmString(u"SOFTWARE\\Test", u"v", u"after", 12));
-        ASSERT_EQ(test.user.Boxes().size(), 1u);
-        EXPECT_EQ(test.user.Boxes()[0].text, row.text);
-        EXPECT_EQ(test.Text(kTestKey, u"v"), u"before");
-    }
+    EXPECT_EQ(read(u"SOFTWARE\\Test", u"v", 16), 12) << "the size given, without a terminator";
 }
 
 TEST(MuxInstallDir, IsBelowTheInstalledPath) {
@@ -120,24 +79,22 @@ TEST(MuxInstallDir, IsBelowTheInstalledPath) {
 
 TEST(MuxInstallDir, AFailureIsGivenAndWithAnOwnerShown) {
     const struct {
-        const char* missing;  // "key" or "value"
+        const char* call;
+        const char16_t* argument;
         DWORD error;
         const char16_t* text;
         UINT style;
     } rows[] = {
-        {"key", ERROR_ACCESS_DENIED,
+        {"RegOpenKeyExW", u"SOFTWARE\\Corvanta", ERROR_ACCESS_DENIED,
          u"Failed to open registry key.\r\nError message: Access is denied.\r\n", 0x2010},
-        {"value", ERROR_FILE_NOT_FOUND, u"Failed to query InstalledPath from registry.", 16},
+        {"RegQueryValueExW", u"InstalledPath", ERROR_FILE_NOT_FOUND,
+         u"Failed to query InstalledPath from registry.", 16},
     };
     for (const auto& row : rows) {
-        SCOPED_TRACE(row.missing);
+        SCOPED_TRACE(row.call);
         TestMachine test;
         test.Attach();
-        if (row.missing == std::string("key"))
-            test.machine.faults.FailCalls("RegOpenKeyExW", u"SOFTWARE\\Corvanta", row.error);
-        else
-            test.machine.faults.FailCalls("RegQueryValueExW", u"InstalledPath", row.error);
-
+        test.machine.faults.FailCalls(row.call, row.argument, row.error);
         WCHAR directory[MAX_PATH];
         const auto expected = static_cast<HRESULT>(0x80070000u | row.error);
         EXPECT_EQ(GetMuxInstallDir(directory, MAX_PATH, nullptr), expected);
@@ -154,39 +111,32 @@ TEST(MuxInstallDir, AFailureIsGivenAndWithAnOwnerShown) {
 }
 
 TEST(MuxPackage, IsPresentWithBothFiles) {
+    const std::string installed = "C:\\\\Program Files\\\\Corvanta\\\\";
     const struct {
         std::vector<const char*> files;
-        const char* path;  // InstalledPath
+        std::string path;  // InstalledPath, as a machine file has it
         bool present;
     } rows[] = {
-        {{"muxp.inf", "mux_mp.inf"}, "C:\\\\Program Files\\\\Corvanta\\\\", true},
-        {{"muxp.inf"}, "C:\\\\Program Files\\\\Corvanta\\\\", false},
-        {{"mux_mp.inf"}, "C:\\\\Program Files\\\\Corvanta\\\\", false},
-        {{}, "C:\\\\Program Files\\\\Corvanta\\\\", false},
+        {{"muxp.inf", "mux_mp.inf"}, installed, true},
+        {{"muxp.inf"}, installed, false},
+        {{"mux_mp.inf"}, installed, false},
+        {{}, installed, false},
         {{"muxp.inf", "mux_mp.inf"}, "C:\\\\Elsewhere\\\\", false},
+        // The directory just fits 260 characters, a file's path doesn't.
+        {{}, "C:\\\\" + std::string(243, 'x') + "\\\\", false},
     };
     for (const auto& row : rows) {
-        TestMachine test(Sample().With("SOFTWARE\\Corvanta",
-                                       std::string("\"InstalledPath\"=\"") + row.path + "\""));
+        TestMachine test(
+            Sample().With("SOFTWARE\\Corvanta", "\"InstalledPath\"=\"" + row.path + "\""));
         for (const char* file : row.files)
             test.machine.Get<platform::Drive>().WriteWholeFile(
                 u"C:\\Program Files\\Corvanta\\Vlan_lbfo\\" + Wide(file), "");
+        WCHAR directory[MAX_PATH];
+        EXPECT_EQ(GetMuxInstallDir(directory, MAX_PATH, nullptr), S_OK);
         EXPECT_EQ(IsMuxPackagePresent(), row.present) << row.files.size() << " files, " << row.path;
     }
-}
-
-TEST(MuxPackage, APathThatDoesNotFitCountsAsAbsent) {
-    // The directory just fits 260 characters, a file's path doesn't.
-    const std::string path = "C:\\\\" + std::string(243, 'x') + "\\\\";
-    TestMachine test(Sample().With("SOFTWARE\\Corvanta", "\"InstalledPath\"=\"" + path + "\""));
-    WCHAR directory[MAX_PATH];
-    EXPECT_EQ(GetMuxInstallDir(directory, MAX_PATH, nullptr), S_OK);
-    EXPECT_FALSE(IsMuxPackagePresent());
-}
-
-TEST(MuxPackage, IsAbsentWithoutTheVendorKey) {
     TestMachine test;
-    Forget(test, "SOFTWARE\\Corvanta");
+    test.machine.faults.FailCalls("RegOpenKeyExW", u"SOFTWARE\\Corvanta", ERROR_FILE_NOT_FOUND);
     EXPECT_FALSE(IsMuxPackagePresent());
     EXPECT_TRUE(test.user.Boxes().empty());
 }

@@ -6,10 +6,6 @@
 
 namespace {
 
-std::vector<int> Numbers(const NumaNodeRow& row) {
-    return {row.processors, row.processors + row.count};
-}
-
 std::string Repeated(const std::string& field, int times) {
     std::string text = field;
     for (int i = 1; i < times; ++i)
@@ -22,13 +18,12 @@ TEST(Processors, StandInTheRowsOfTheirNodes) {
         const char* groups;
         const char* nodes;
         DWORD highest;
-        std::vector<std::vector<int>> rows;
+        std::vector<std::vector<BYTE>> rows;
     } cases[] = {
         {"8", "0,0,0,0,0,0,0,0", 0, {{0, 1, 2, 3, 4, 5, 6, 7}}},
         {"8", "0,1,0,1,0,1,0,1", 1, {{0, 2, 4, 6}, {1, 3, 5, 7}}},
         {"4,4", "0,0,0,0,1,1,1,1", 1, {{0, 1, 2, 3}, {4, 5, 6, 7}}},
         {"4", "0,0,2,2", 2, {{0, 1}, {}, {2, 3}}},
-        {"2", "31,31", 31, {}},
     };
     for (const auto& c : cases) {
         SCOPED_TRACE(c.nodes);
@@ -36,66 +31,46 @@ TEST(Processors, StandInTheRowsOfTheirNodes) {
         ProcessorsInfo table;
         ASSERT_TRUE(GetProcessorsInfo(nullptr, table));
         EXPECT_EQ(table.highestNode, c.highest);
-        for (std::size_t node = 0; node < c.rows.size(); ++node)
-            EXPECT_EQ(Numbers(table.nodes[node]), c.rows[node]) << "node " << node;
+        for (std::size_t node = 0; node < c.rows.size(); ++node) {
+            const NumaNodeRow& row = table.nodes[node];
+            EXPECT_EQ(std::vector<BYTE>(row.processors, row.processors + row.count), c.rows[node])
+                << "node " << node;
+        }
     }
-}
-
-TEST(Processors, AFailedNodeQueryIsLogged) {
-    TestMachine test(Sample().Processors("4", "0,0,-,0"));
-    ProcessorsInfo table;
-    {
-        OpenLog log;
-        EXPECT_FALSE(GetProcessorsInfo(&log.stream, table));
-    }
-    const Lines lines = LogOf(test);
-    ASSERT_EQ(lines.size(), 1u);
-    EXPECT_EQ(lines[0].rfind("GetProcessorsInfo: GetNumaProcessorNode() failed: ", 0), 0u);
 }
 
 TEST(Processors, AMachineWithoutNumaAnswersGivesAnEmptyTable) {
     TestMachine test;
     test.machine.faults.FailCalls("GetNumaHighestNodeNumber", u"", 31);
     ProcessorsInfo table;
-    {
-        OpenLog log;
-        EXPECT_TRUE(GetProcessorsInfo(&log.stream, table));
-    }
+    EXPECT_EQ(Logged(test, [&](LogStream* log) { EXPECT_TRUE(GetProcessorsInfo(log, table)); }),
+              Lines());
     EXPECT_EQ(table.processorCount, 8u);
     EXPECT_EQ(table.nodes[0].count, 0);
-    EXPECT_EQ(LogOf(test), Lines());
-    EXPECT_EQ(test.machine.Get<platform::Streams>().output,
-              "GetNumaHighestNodeNumber failed gle = 31\n");
+    EXPECT_EQ(Output(test), "GetNumaHighestNodeNumber failed gle = 31\n");
 }
 
 TEST(Processors, AMachineBeyondTheTableIsRefused) {
+    const std::string fullNodes =
+        Repeated("0", 64) + "," + Repeated("1", 64) + "," + Repeated("2", 64);
     const struct {
-        std::string groups;
+        const char* groups;
         std::string nodes;
         bool fits;
     } cases[] = {
         {"64", Repeated("0", 64), true},
         {"33,33", Repeated("0", 66), false},
+        {"2", "31,31", true},
         {"1", "32", false},
-        {"64,64,64,63",
-         Repeated("0", 64) + "," + Repeated("1", 64) + "," + Repeated("2", 64) + "," +
-             Repeated("3", 63),
-         true},
-        {"64,64,64,64",
-         Repeated("0", 64) + "," + Repeated("1", 64) + "," + Repeated("2", 64) + "," +
-             Repeated("3", 64),
-         false},
+        {"64,64,64,63", fullNodes + "," + Repeated("3", 63), true},
+        {"64,64,64,64", fullNodes + "," + Repeated("3", 64), false},
     };
     for (const auto& c : cases) {
         SCOPED_TRACE(c.groups);
         TestMachine test(Sample().Processors(c.groups, c.nodes));
         ProcessorsInfo table;
-        {
-            OpenLog log;
-            EXPECT_EQ(GetProcessorsInfo(&log.stream, table), c.fits);
-        }
-        EXPECT_EQ(LogOf(test), Lines());
-        EXPECT_EQ(test.machine.Get<platform::Streams>().output.empty(), c.fits);
+        EXPECT_EQ(GetProcessorsInfo(nullptr, table), c.fits);
+        EXPECT_EQ(Output(test).empty(), c.fits);
     }
 }
 

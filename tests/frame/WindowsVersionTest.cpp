@@ -16,16 +16,14 @@ TEST(WindowsVersion, EachVersionHasItsRelease) {
     };
     for (const auto& row : rows) {
         SCOPED_TRACE(row.version);
-        {
-            TestMachine server(Sample().Version(row.version).Server());
+        for (const bool server : {false, true}) {
+            Sample sample = Sample().Version(row.version);
+            if (server) sample.Server();
+            TestMachine test(sample);
             EXPECT_EQ(GetWindowsRelease(), row.release);
-            EXPECT_EQ(GetProductType(), VER_NT_SERVER);
-            EXPECT_EQ(IsServerOfRelease4OrLater(), row.serverOfRelease4OrLater);
+            EXPECT_EQ(GetProductType(), server ? VER_NT_SERVER : VER_NT_WORKSTATION);
+            EXPECT_EQ(IsServerOfRelease4OrLater(), server && row.serverOfRelease4OrLater);
         }
-        TestMachine workstation(Sample().Version(row.version));
-        EXPECT_EQ(GetWindowsRelease(), row.release);
-        EXPECT_EQ(GetProductType(), VER_NT_WORKSTATION);
-        EXPECT_FALSE(IsServerOfRelease4OrLater());
     }
 }
 

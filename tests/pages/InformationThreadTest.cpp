@@ -10,46 +10,35 @@ namespace {
 
 constexpr std::size_t kSeeds = 60;
 
-// Two states of the adapter that differ in every row.
-std::string StateA() {
-    return Changes(
-        {{InterfaceKey(), "\"Alias\"=\"A\"\n\"Addresses\"=\"10.0.0.1\"\n\"Up\"=dword:1"},
-         {Sample::ClassKey(1), "\"DriverVersion\"=\"A\""},
-         {MiniportKey(), Answer("0xFFA0C911", "01") + "\n" + Answer("0xFFA0C912", "01") + "\n" +
-                             Answer("0xFFA0C913", "01") + "\n" + Answer("0xFFA0C916", "41") + "\n" +
-                             Answer("0xFFA0C925", "41")}});
-}
-
-std::string StateB() {
-    return Changes(
-        {{InterfaceKey(), "\"Alias\"=\"BB\"\n\"Addresses\"=\"10.0.0.22\"\n\"Up\"=dword:0"},
-         {Sample::ClassKey(1), "\"DriverVersion\"=\"BB\""},
-         {MiniportKey(), Answer("0xFFA0C911", "02") + "\n" + Answer("0xFFA0C912", "02") + "\n" +
-                             Answer("0xFFA0C913", "02") + "\n" + Answer("0xFFA0C916", "42,42") +
-                             "\n" + Answer("0xFFA0C925", "42,42")}});
+// Gives the adapter one of two states that differ in these rows.
+void SetState(TestMachine& test, bool second) {
+    const std::string text = second ? "BB" : "A";
+    const std::string hex = second ? "42,42" : "41";
+    Merge(test, {{InterfaceKey(), "\"Alias\"=\"" + text + "\"\n\"Addresses\"=\"10.0.0." +
+                                      (second ? "22\"\n\"Up\"=dword:0" : "1\"\n\"Up\"=dword:1")},
+                 {Sample::ClassKey(1), "\"DriverVersion\"=\"" + text + "\""},
+                 {MiniportKey(), Answer("0xFFA0C916", hex) + "\n" + Answer("0xFFA0C925", hex)}});
 }
 
 // Each line of a saved file is of one state or the other.
 void ExpectWholeRows(const std::string& file) {
     const struct {
-        const char* label;
-        std::vector<std::string> values;
+        std::string label;
+        const char* values[2];
     } rows[] = {
-        {"Driver Version : ", {"A", "BB"}},
-        {"Part Number : ", {"A", "BB"}},
-        {"Adapter Friendly Name : ", {"A", "BB"}},
-        {"Adapter User Name : ", {"A", "BB"}},
-        {"IPv4 Address : ", {"10.0.0.1", "10.0.0.22"}},
-        {"Network Status : ", {"Connected", "Disconnected"}},
-        {"Link Speed : ", {"40.0 Gbps/Full Duplex", "----"}},
+        {"Driver Version : ", {"A\r\n", "BB\r\n"}},
+        {"Part Number : ", {"A\r\n", "BB\r\n"}},
+        {"Adapter Friendly Name : ", {"A\r\n", "BB\r\n"}},
+        {"Adapter User Name : ", {"A\r\n", "BB\r\n"}},
+        {"IPv4 Address : ", {"10.0.0.1\r\n", "10.0.0.22\r\n"}},
+        {"Network Status : ", {"Connected\r\n", "Disconnected\r\n"}},
+        {"Link Speed : ", {"40.0 Gbps/Full Duplex\r\n", "----\r\n"}},
     };
     for (const auto& row : rows) {
-        const std::size_t at = file.find(row.label);
-        ASSERT_NE(at, std::string::npos) << row.label;
-        const std::size_t start = at + std::string(row.label).size();
-        const std::string value = file.substr(start, file.find("\r\n", start) - start);
-        EXPECT_NE(std::find(row.values.begin(), row.values.end(), value), row.values.end())
-            << row.label << value;
+        EXPECT_TRUE(file.find(row.label + row.values[0]) != std::string::npos ||
+                    file.find(row.label + row.values[1]) != std::string::npos)
+            << row.label << "\n"
+            << file;
     }
     EXPECT_EQ(std::count(file.begin(), file.end(), '\n'), 15);
 }
@@ -58,11 +47,11 @@ TEST(InformationThreads, ASaveSeesWholeRowsWhateverThePassIsAt) {
     for (const std::uint64_t seed : Seeds(kSeeds)) {
         SCOPED_TRACE(seed);
         TestMachine test(FullSample(), seed);
-        Merge(test, StateA());
+        SetState(test, false);
         auto& drive = test.machine.Get<platform::Drive>();
         for (int i = 0; i < 6; ++i) {
             test.user.Do([&test, i] {
-                Merge(test, i % 2 == 0 ? StateB() : StateA());
+                SetState(test, i % 2 == 0);
                 test.machine.scheduler.UserWaits(i * 1700);
             });
             test.user.Do([&] {
@@ -84,13 +73,10 @@ TEST(InformationThreads, TheTabIsLeftWhateverThePassIsAt) {
         TestMachine test(FullSample(), step);
         std::size_t calls = 0;
         std::size_t afterwards = 0;
-        std::size_t bus[3] = {};
         bool left = false;
         test.machine.trace.onCall = [&](const platform::Trace::Record& call) {
             if (call.thread == 0) return;
             afterwards += left;
-            for (std::size_t i = 0; i < std::size(bus); ++i)
-                bus[i] += call.argument == Wide("0xFFA0C91" + std::to_string(i + 1));
             if (++calls != step) return;
             const platform::QuietScope quiet;
             PostMessageW(test.SheetWindow(), PSM_SETCURSEL, 1, 0);
@@ -104,7 +90,6 @@ TEST(InformationThreads, TheTabIsLeftWhateverThePassIsAt) {
         test.user.Do([&] { test.machine.scheduler.UserWaits(8000); });
         EXPECT_TRUE(test.RunSheet());
         EXPECT_EQ(afterwards, 0u);
-        EXPECT_TRUE(bus[0] == bus[1] && bus[1] == bus[2]) << "a row was left in its middle";
     }
 }
 
@@ -113,7 +98,7 @@ TEST(InformationThreads, FailingPassesBoxesAndTabChangesInAnyOrder) {
         SCOPED_TRACE(seed);
         TestMachine test(FullSample(), seed);
         for (int i = 0; i < 40; ++i)
-            test.user.Answer(i % 3 == 1 ? 0 : IDOK);
+            test.user.Answer(i % 3 == 1 ? 0 : IDOK);  // 0: left up
         const auto pressBox = [&] {
             const HWND front = GetForegroundWindow();
             if (front != test.SheetWindow()) SendDlgItemMessageW(front, IDOK, BM_CLICK, 0, 0);
@@ -127,7 +112,7 @@ TEST(InformationThreads, FailingPassesBoxesAndTabChangesInAnyOrder) {
             test.user.Do(pressBox);
             test.user.Do([&] {
                 Return(test);
-                Merge(test, StateB());
+                SetState(test, true);
             });
             test.user.Do(pressBox);
         }
@@ -160,14 +145,7 @@ TEST(InformationThreads, SheetsDoNotMixUpTheirAdapters) {
             EXPECT_EQ(ListValues(test), FullValues());
             const HWND page =
                 reinterpret_cast<HWND>(SendMessageW(sheet, PSM_GETCURRENTPAGEHWND, 0, 0));
-            WCHAR text[40] = {};
-            LVITEMW item = {};
-            item.iSubItem = 1;
-            item.pszText = text;
-            item.cchTextMax = ARRAYSIZE(text);
-            SendDlgItemMessageW(page, kInformationList, LVM_GETITEMTEXTW, ROW_PORT_NUMBER,
-                                reinterpret_cast<LPARAM>(&item));
-            EXPECT_EQ(text, std::u16string(u"2"));
+            EXPECT_EQ(ListColumn(page, 1)[ROW_PORT_NUMBER], u"2");
             SendMessageW(sheet, PSM_PRESSBUTTON, PSBTN_CANCEL, 0);
             DestroyWindow(sheet);
         });

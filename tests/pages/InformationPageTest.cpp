@@ -2,22 +2,12 @@
 
 #include "InformationTest.h"
 
-#include <malloc.h>
-
 #include "Drive.h"
-
-// Of the sanitizer's runtime; null without it.
-extern "C" [[gnu::weak]] std::size_t __sanitizer_get_current_allocated_bytes();
 
 namespace {
 
 constexpr char16_t kTableFailed[] =
     u"VLAN status refresh failed to query system.\r\nError message: Access is denied.\r\n";
-
-std::size_t AllocatedBytes() {
-    return __sanitizer_get_current_allocated_bytes ? __sanitizer_get_current_allocated_bytes()
-                                                   : mallinfo2().uordblks;
-}
 
 void FailTable(TestMachine& test) {
     test.machine.faults.FailCalls("GetAdaptersAddresses", u"", ERROR_ACCESS_DENIED);
@@ -27,10 +17,8 @@ HWND List(const TestMachine& test) {
     return GetDlgItem(test.Page(), kInformationList);
 }
 
-// Tells the page what a sheet tells it.
-void Tell(const TestMachine& test, UINT code) {
-    PSHNOTIFY note = {{test.SheetWindow(), 0, code}, 0};
-    SendMessageW(test.Page(), WM_NOTIFY, 0, reinterpret_cast<LPARAM>(&note));
+void PressBoxOk() {
+    SendDlgItemMessageW(GetForegroundWindow(), IDOK, BM_CLICK, 0, 0);
 }
 
 // The deed, when the tab has been up for so long.
@@ -49,36 +37,17 @@ TEST(InformationPage, ShowsTheRowsInTwoColumns) {
         for (WPARAM i = 0; i < std::size(columns); ++i) {
             WCHAR text[40] = {};
             LVCOLUMNW column = {};
-            column.mask = LVCF_TEXT | LVCF_WIDTH | LVCF_SUBITEM;
+            column.mask = LVCF_TEXT | LVCF_WIDTH;
             column.pszText = text;
             column.cchTextMax = ARRAYSIZE(text);
-            EXPECT_TRUE(
-                SendMessageW(List(test), LVM_GETCOLUMNW, i, reinterpret_cast<LPARAM>(&column)));
-            EXPECT_EQ(std::u16string(column.pszText), columns[i].title);
+            SendMessageW(List(test), LVM_GETCOLUMNW, i, reinterpret_cast<LPARAM>(&column));
+            EXPECT_EQ(std::u16string(text), columns[i].title);
             EXPECT_EQ(column.cx, columns[i].width);
-            EXPECT_EQ(column.iSubItem, static_cast<int>(i));
         }
         EXPECT_EQ(ListValues(test), FullValues());
-        EXPECT_EQ(ListRows(test)[3].first, u"Bus Type");
+        EXPECT_EQ(ListColumn(test.Page(), 0)[ROW_BUS_TYPE], u"Bus Type");
     });
     EXPECT_TRUE(test.RunSheet());
-}
-
-TEST(InformationPage, AListWithoutItsColumnsStaysEmpty) {
-    for (const std::uint64_t column : {1U, 2U}) {
-        TestMachine test(FullSample());
-        test.machine.faults.FailCalls("SendMessageW", u"4193" /* LVM_INSERTCOLUMNW */, 8, column);
-        DoAfter(test, 20000, [&] {
-            EXPECT_TRUE(ListRows(test).empty());
-            EXPECT_TRUE(Polls(test));
-            test.user.Save(u"C:\\x.log");
-            test.Press(kSaveToFile);
-            EXPECT_EQ(
-                test.machine.Get<platform::Drive>().ReadWholeFile(u"C:\\x.log")->substr(3, 26),
-                "Driver Version : 4.2.9.1\r\n");
-        });
-        EXPECT_TRUE(test.RunSheet());
-    }
 }
 
 TEST(InformationPage, PollsOnlyWhileItIsActive) {
@@ -119,21 +88,10 @@ TEST(InformationPage, AnUnchangedPassTouchesNoControl) {
         SendMessageW(List(test), LVM_SETITEMSTATE, 6, reinterpret_cast<LPARAM>(&item));
         test.machine.trace.Start();
     });
-    std::size_t bytes = 0;
-    std::size_t open = 0;
     DoAfter(test, 60000, [&] {
         for (const char* call : {"SendMessageW", "SendDlgItemMessageW", "PostMessageW"})
             EXPECT_EQ(test.machine.trace.Count(call), 0u) << call;
         EXPECT_EQ(SendMessageW(List(test), LVM_GETNEXTITEM, WPARAM(-1), LVNI_SELECTED), 6);
-        test.machine.trace.Stop();
-        test.machine.trace.Clear();
-        open = test.machine.ledger.Open().size();
-        bytes = AllocatedBytes();
-    });
-    // A thousand passes leave behind what they found, but for what the machine itself puts by.
-    DoAfter(test, 1000 * 5000, [&] {
-        EXPECT_EQ(test.machine.ledger.Open().size(), open);
-        EXPECT_LT(AllocatedBytes(), bytes + 1000);
     });
     EXPECT_TRUE(test.RunSheet());
 }
@@ -142,8 +100,8 @@ TEST(InformationPage, AChangedValueRedrawsTheListOnce) {
     TestMachine test(FullSample());
     DoAfter(test, 1000, [&] {
         test.machine.trace.Start();
-        Merge(test, Changes({{InterfaceKey(), "\"Up\"=dword:0"},
-                             {MiniportKey(), Answer("0xFFA0C924", "00,20")}}));
+        Merge(test, {{InterfaceKey(), "\"Up\"=dword:0"}});
+        ChangeDeviceId(test);
         EXPECT_EQ(ListValues(test), FullValues());
     });
     DoAfter(test, 20000, [&] {
@@ -164,7 +122,7 @@ TEST(InformationPage, ARedrawThatCouldNotBeToldIsToldLater) {
     TestMachine test(FullSample());
     DoAfter(test, 1000, [&] {
         test.machine.faults.FailCalls("PostMessageW", u"", ERROR_NOT_ENOUGH_MEMORY, 1, 2);
-        Merge(test, Changes({{MiniportKey(), Answer("0xFFA0C924", "00,20")}}));
+        ChangeDeviceId(test);
     });
     DoAfter(test, 10000, [&] { EXPECT_EQ(ListValues(test)[ROW_DEVICE_ID], u"4099"); });
     DoAfter(test, 10000, [&] { EXPECT_EQ(ListValues(test)[ROW_DEVICE_ID], u"8192"); });
@@ -179,7 +137,7 @@ TEST(InformationPage, EachFailedPassIsToldOnceItsForerunnerIsRead) {
     // The first fill, the pass at once, the one after 5 seconds, and the one whose box is left up.
     DoAfter(test, 60000, [&] {
         EXPECT_EQ(test.user.Boxes().size(), 4u);
-        SendDlgItemMessageW(GetForegroundWindow(), IDOK, BM_CLICK, 0, 0);
+        PressBoxOk();
         test.user.Answer(IDOK);
     });
     DoAfter(test, 6000, [&] {
@@ -210,8 +168,7 @@ TEST(InformationPage, IsLeftWhileABoxAboutAFailedPassIsUp) {
                 Leave(test);
             EXPECT_FALSE(Polls(test));
         });
-        DoAfter(test, 20000,
-                [&] { SendDlgItemMessageW(GetForegroundWindow(), IDOK, BM_CLICK, 0, 0); });
+        DoAfter(test, 20000, PressBoxOk);
         EXPECT_TRUE(test.RunSheet());
         EXPECT_EQ(test.user.Boxes().size(), 1u);
     }
@@ -221,7 +178,7 @@ TEST(InformationPage, WhatAPassSaysOfATabThatWasLeftIsDropped) {
     TestMachine test(FullSample());
     DoAfter(test, 1000, [&] {
         FailTable(test);
-        Merge(test, Changes({{MiniportKey(), Answer("0xFFA0C924", "00,20")}}));
+        ChangeDeviceId(test);
         Sleep(6000);  // the sheet's thread is busy while a pass posts its failure and its rows
         Leave(test);
         EXPECT_FALSE(Polls(test));
@@ -235,18 +192,30 @@ TEST(InformationPage, WhatAPassSaysOfATabThatWasLeftIsDropped) {
     EXPECT_TRUE(test.user.Boxes().empty());
 }
 
-TEST(InformationPage, SavesWhatItShows) {
-    TestMachine test(
-        FullSample().With(InterfaceKey(), "\"Alias\"=\"\xD0\xA1\xD0\xB5\xD1\x82\xD1\x8C\""));
-    auto& drive = test.machine.Get<platform::Drive>();
+TEST(InformationPage, SavesWhatItShowsWhereItsUserSays) {
+    struct Asked final : ScriptedUser {
+        std::optional<std::u16string> OnFileDialog(
+            const platform::FileDialogRequest& dialog) override {
+            asked = dialog;
+            return std::exchange(path, std::nullopt);
+        }
+        std::optional<std::u16string> path = u"C:\\facts";
+        platform::FileDialogRequest asked;
+    } user;
+    TestMachine test(FullSample().With(InterfaceKey(), "\"Alias\"=\"\u0421\u0435\u0442\u044C\""));
     test.user.Do([&] {
-        test.user.Save(std::nullopt);
+        test.machine.user = &user;
         test.Press(kSaveToFile);
-        test.user.Save(u"C:\\facts");
-        test.Press(kSaveToFile);
+        EXPECT_EQ(user.asked.owner, test.Page());
+        test.Press(kSaveToFile);  // cancelled
+        test.machine.user = &test.user;
     });
     EXPECT_TRUE(test.RunSheet());
-    EXPECT_EQ(drive.ReadWholeFile(u"C:\\facts.log"),
+    EXPECT_EQ(user.asked.title, u"Save Adapter's Information");
+    EXPECT_EQ(user.asked.filter, std::u16string(u"*.log\0*.log\0", 12));
+    EXPECT_EQ(user.asked.defaultExtension, u"log");
+    EXPECT_EQ(user.asked.flags, 18u);
+    EXPECT_EQ(test.machine.Get<platform::Drive>().ReadWholeFile(u"C:\\facts.log"),
               "\xEF\xBB\xBF"
               "Driver Version : 4.2.9.1\r\n"
               "Firmware Version : 2.9.15000\r\n"
@@ -259,104 +228,68 @@ TEST(InformationPage, SavesWhatItShows) {
               "Current MAC Address : 02-02-C9-AA-BB-CC\r\n"
               "Permanent MAC Address : 00-02-C9-11-22-33\r\n"
               "Network Status : Connected\r\n"
-              "Adapter Friendly Name : \xD0\xA1\xD0\xB5\xD1\x82\xD1\x8C\r\n"
+              "Adapter Friendly Name : \u0421\u0435\u0442\u044C\r\n"
               "IPv4 Address : 192.168.7.10\r\n"
               "Adapter User Name : Eth 1\r\n"
               "Adapter PKey : 0x7fff\r\n");
 }
 
-TEST(InformationPage, AsksForTheFileAsDescribed) {
-    struct Asked final : ScriptedUser {
-        std::optional<std::u16string> OnFileDialog(
-            const platform::FileDialogRequest& dialog) override {
-            asked = dialog;
-            return std::nullopt;
-        }
-        platform::FileDialogRequest asked;
-    } user;
+TEST(InformationPage, AFileThatFailsIsTold) {
     TestMachine test(FullSample());
-    HWND page = nullptr;
     test.user.Do([&] {
-        test.machine.user = &user;
-        page = test.Page();
+        test.machine.faults.FailCalls("WriteFile", u"", ERROR_DISK_FULL);
+        test.user.Save(u"C:\\x.log");
+        test.user.Answer(IDOK);
         test.Press(kSaveToFile);
-        test.machine.user = &test.user;
     });
     EXPECT_TRUE(test.RunSheet());
-    EXPECT_EQ(user.asked.owner, page);
-    EXPECT_EQ(user.asked.title, u"Save Adapter's Information");
-    EXPECT_EQ(user.asked.filter, std::u16string(u"*.log\0*.log\0", 12));
-    EXPECT_EQ(user.asked.defaultExtension, u"log");
-    EXPECT_EQ(user.asked.flags, 18u);
-}
-
-TEST(InformationPage, AFileThatFailsIsTold) {
-    const struct {
-        const char16_t* path;
-        const char* call;
-        DWORD error;
-        std::u16string text;
-    } cases[] = {
-        {u"C:\\none\\x.log", "", 0,
-         u"Failed to open the specified file for writing.\r\nError message: The system cannot find "
-         u"the path specified.\r\n"},
-        {u"C:\\x.log", "WriteFile", ERROR_DISK_FULL,
-         u"Failed to write to file.\r\nError message: There is not enough space on the disk.\r\n"},
-    };
-    for (const auto& c : cases) {
-        TestMachine test(FullSample());
-        test.user.Do([&] {
-            if (c.error != 0) test.machine.faults.FailCalls(c.call, u"", c.error, 5);
-            test.user.Save(c.path);
-            test.user.Answer(IDOK);
-            test.Press(kSaveToFile);
-        });
-        EXPECT_TRUE(test.RunSheet());
-        ASSERT_EQ(test.user.Boxes().size(), 1u);
-        EXPECT_EQ(test.user.Boxes()[0].text, c.text);
-    }
+    ASSERT_EQ(test.user.Boxes().size(), 1u);
+    EXPECT_EQ(
+        test.user.Boxes()[0].text,
+        u"Failed to write to file.\r\nError message: There is not enough space on the disk.\r\n");
 }
 
 // Whatever call fails, on whichever thread: nothing hangs or leaks, the user hears of what he is
 // due at most, and afterwards the tab works.
 TEST(InformationPage, AnyFailedCallLeavesTheTabUsable) {
-    for (const bool lasting : {false, true}) {
-        for (std::uint64_t n = 1;; ++n) {
-            ASSERT_LT(n, 1000u) << "never ran clean";
-            SCOPED_TRACE((lasting ? "lasting " : "passing ") + std::to_string(n));
-            TestMachine test(FullSample());
-            test.Attach();
-            for (int i = 0; i < 4; ++i)
-                test.user.Answer(IDOK);
-            test.user.DoFirst([&] {
-                test.machine.faults.Mark();
-                test.machine.faults.FailNth(n, lasting);
-                test.user.Save(u"C:\\x.log");
-                test.Press(kSaveToFile);
-                Merge(test, Changes({{MiniportKey(), Answer("0xFFA0C924", "00,20")}}));
-            });
-            bool fired = false;
-            DoAfter(test, 6000, [&] {
-                Tell(test, PSN_KILLACTIVE);
-                fired = test.machine.faults.Fired();
-                test.machine.faults.Disarm();
-                EXPECT_FALSE(Polls(test));
-                Tell(test, PSN_SETACTIVE);
-            });
-            DoAfter(test, 6000, [&] {
-                Texts expected = FullValues();
-                expected[ROW_DEVICE_ID] = u"8192";
-                EXPECT_EQ(ListValues(test), expected);
-                test.user.Save(u"C:\\x.log");
-                test.Press(kSaveToFile);
-                const auto saved = test.machine.Get<platform::Drive>().ReadWholeFile(u"C:\\x.log");
-                EXPECT_NE(saved.value_or("").find("Device Id : 8192\r\n"), std::string::npos);
-            });
-            EXPECT_TRUE(test.RunSheet());
-            for (const auto& box : test.user.Boxes())
-                EXPECT_EQ(box.caption, u"Error");
-            if (!fired) break;
-        }
+    bool fired = true;
+    for (std::uint64_t n = 1; fired || n % 2 == 0; ++n) {
+        ASSERT_LT(n, 2000u) << "never ran clean";
+        SCOPED_TRACE(n);
+        TestMachine test(FullSample());
+        const auto tell = [&](UINT code) {
+            PSHNOTIFY note = {{test.SheetWindow(), 0, code}, 0};
+            SendMessageW(test.Page(), WM_NOTIFY, 0, reinterpret_cast<LPARAM>(&note));
+        };
+        const auto save = [&] {
+            test.user.Save(u"C:\\x.log");
+            test.Press(kSaveToFile);
+        };
+        test.user.agrees = true;
+        test.user.Do([&] {
+            test.machine.faults.FailNth((n + 1) / 2, n % 2 == 0);
+            save();
+            ChangeDeviceId(test);
+        });
+        DoAfter(test, 6000, [&] {
+            tell(PSN_KILLACTIVE);
+            fired = test.machine.faults.Fired();
+            test.machine.faults.Disarm();
+            EXPECT_FALSE(Polls(test));
+            tell(PSN_SETACTIVE);
+        });
+        DoAfter(test, 6000, [&] {
+            Texts expected = FullValues();
+            expected[ROW_DEVICE_ID] = u"8192";
+            EXPECT_EQ(ListValues(test), expected);
+            save();
+            const auto saved = test.machine.Get<platform::Drive>().ReadWholeFile(u"C:\\x.log");
+            EXPECT_NE(saved.value_or("").find("Device Id : 8192\r\n"), std::string::npos);
+        });
+        EXPECT_TRUE(test.RunSheet());
+        EXPECT_LE(test.user.Boxes().size(), 4u);
+        for (const auto& box : test.user.Boxes())
+            EXPECT_EQ(box.caption, u"Error");
     }
 }
 

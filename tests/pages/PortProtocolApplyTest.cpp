@@ -1,0 +1,254 @@
+// What an apply of the Port Protocol tab leaves behind, what refuses it, and what a failure does.
+
+#include <sstream>
+
+#include "MachineFile.h"
+#include "PortProtocolTest.h"
+
+using namespace port_protocol;
+
+namespace {
+
+constexpr char kAdapters[] = "SYSTEM\\CurrentControlSet\\Services\\MUXP\\Parameters\\Adapters\\";
+constexpr char16_t kVlans[] =
+    u"Upper VLANs have been detected.\r\nPlease remove associated VLANs and repeat the operation.";
+constexpr char16_t kTeams[] =
+    u"Team members have been detected.\r\nPlease remove associated ports from teams and repeat the "
+    u"operation.";
+constexpr char kUpperBindings[] = R"("UpperBindings"=hex(7):5c,00,00,00,00,00)";
+constexpr char kTeamDeviceName[] = R"("TeamDeviceName"="\\Device\\{B}")";
+
+std::string AdapterEntry(int port) {
+    return std::string(kAdapters) + Sample::Guid(port);
+}
+
+// A text of the machine file, which has a terminator; what the tab stores has none.
+std::string FromFile(const std::string& text) {
+    return text + '\0';
+}
+
+// What somebody else does to the registry meanwhile.
+void Merge(TestMachine& test, const std::string& path, const std::string& line) {
+    ASSERT_FALSE(platform::MergeMachineFile(
+        test.machine, "Windows Registry Editor Version 5.00\n\n[HKEY_LOCAL_MACHINE\\" + path +
+                          "]\n" + line + "\n"));
+}
+
+TEST(PortProtocolApply, ShowsAndStoresTheChoiceAndRestartsTheDevice) {
+    const struct {
+        const char* flag;
+        const char* type;
+        std::vector<int> presses;
+        const char* state;
+        std::string stored;
+        DWORD restarts;
+        const char* reason;
+    } cases[] = {
+        {kAll, R"("ib,ib")", {1075, 1084}, "o*o oo*", "eth,auto", 1, "both ports"},
+        {kAll, R"("ib,none")", {1075}, "o*o ooo", "eth,none", 1, "the other keeps the default"},
+        {kAll, R"("ib,none")", {1085, 1085}, "*oo ooo", FromFile("ib,none"), 0, "to a saved none"},
+        {kAll, "", {1085}, "oo* oo*", "auto,auto", 1, "from the default: sensing"},
+        {"0000001e", "", {1085}, "*o- *o-", "ib,ib", 1, "from the default: InfiniBand"},
+        {kEthernetFirst, "", {1085}, "-X- oo*", "eth,auto", 1, "from the default: Ethernet"},
+        {kAll, R"("none,eth")", {1085}, "oo* oo*", "auto,auto", 1, "port 2's type is dropped"},
+        {kAll, R"("ib,eth")", {1085}, "HW --- ---", "-", 1, "to the default"},
+        {kAll, "", {1085, 1085}, "HW --- ---", "-", 0, "there and back"},
+        {kAll, R"("ib,eth")", {1075, 1074}, "*oo o*o", FromFile("ib,eth"), 0, "there and back"},
+        {kAll, "dword:00000001", {1077}, "*oo o*o", "ib,eth", 1, "over a value of another type"},
+        {kEthernetFirst, R"("ib,ib")", {1077}, "-X- o*o", "ib,eth", 1, "what port 1 can't have"},
+        {kSingle, R"("eth,auto")", {1083}, "oo* (---)", "auto", 1, "one port has one token"},
+        {kSingle, "", {1085}, "oo* (---)", "auto", 1, "one port from the default"},
+    };
+    for (const WPARAM button : {PSBTN_APPLYNOW, PSBTN_OK}) {
+        for (const auto& c : cases) {
+            SCOPED_TRACE(testing::Message() << c.reason << " " << c.type << " " << button);
+            PortProtocolTest test(Bus(c.flag, c.type));
+            if (std::string(c.type).starts_with("dword")) test.user.Answer(IDOK);
+            test.OnTab([&] {
+                for (const int control : c.presses)
+                    test.Press(control);
+                EXPECT_TRUE(test.CanApply());
+                EXPECT_EQ(test.State(), c.state);
+                EXPECT_EQ(test.BusRestarts(), 0u) << "a choice alone changes nothing";
+                test.Push(button);
+                if (button != PSBTN_APPLYNOW) return;
+                EXPECT_EQ(test.State(), c.state) << "the choice stays";
+                EXPECT_FALSE(test.CanApply());
+            });
+            EXPECT_EQ(test.Stored(), c.stored);
+            EXPECT_EQ(test.BusRestarts(), c.restarts);
+            EXPECT_EQ(test.Restarts(1), 0u);
+        }
+    }
+}
+
+TEST(PortProtocolApply, WithoutAChangeTouchesNothing) {
+    PortProtocolTest test(Bus("0000021e", R"("auto,auto")"));
+    test.machine.trace.Start();
+    test.OnTab([&] { test.Push(PSBTN_OK); });
+    EXPECT_EQ(test.machine.trace.Count("CM_Get_Child"), 0u);
+    EXPECT_EQ(test.machine.trace.Count("RegSetValueExW"), 0u);
+    EXPECT_EQ(test.BusRestarts(), 0u);
+}
+
+TEST(PortProtocolApply, VlansAndTeamsOnThePortsRefuseIt) {
+    using Entries = std::vector<std::pair<int, const char*>>;  // port and line of its adapter
+    const struct {
+        Entries entries;
+        const char* failing;   // a call and its argument, or null
+        const char16_t* text;  // null: applied
+        const char* reason;
+    } cases[] = {
+        {{{1, kUpperBindings}}, nullptr, kVlans, "VLAN on port 1"},
+        {{{2, kUpperBindings}}, nullptr, kVlans, "VLAN on port 2"},
+        {{{2, kTeamDeviceName}}, nullptr, kTeams, "team on port 2"},
+        {{{1, kUpperBindings}, {1, kTeamDeviceName}}, nullptr, kVlans, "both on one port"},
+        {{{1, kTeamDeviceName}, {2, kUpperBindings}}, nullptr, kTeams, "port 1 comes first"},
+        {{{2, R"("UpperBindings"=hex(7):)"}}, nullptr, kVlans, "an empty list"},
+        {{{2, R"("TeamDeviceName"="")"}}, nullptr, kTeams, "an empty name"},
+        {{{1, ""}, {2, R"("VlanID"=dword:5)"}}, nullptr, nullptr, "entries without either"},
+        {{{2, kUpperBindings}},
+         "RegQueryValueExW NetCfgInstanceId",
+         kVlans,
+         "port 1 without an adapter is passed"},
+        {{{2, kUpperBindings}},
+         "CM_Get_DevNode_Registry_PropertyW",
+         nullptr,
+         "port 1 without a driver ends the search"},
+        {{{1, kUpperBindings}}, "CM_Get_Child", nullptr, "no ports"},
+        {{{2, kUpperBindings}}, "CM_Get_Sibling", nullptr, "no second port"},
+    };
+    for (const auto& c : cases) {
+        SCOPED_TRACE(c.reason);
+        Sample sample = Bus(kAll, R"("ib,eth")");
+        for (const auto& [port, line] : c.entries)
+            sample.With(AdapterEntry(port), line);
+        PortProtocolTest test(sample);
+        if (c.text) test.user.Answer(IDOK);
+        test.OnTab([&] {
+            test.Press(1075);
+            if (c.failing) {
+                std::istringstream words(c.failing);
+                std::string call, argument;
+                words >> call >> argument;
+                test.machine.faults.FailCalls(call, Wide(argument), 2, 1, 1);
+            }
+            test.Push(PSBTN_APPLYNOW);
+            EXPECT_EQ(test.machine.faults.Fired(), c.failing != nullptr);
+            EXPECT_EQ(test.State(), "o*o o*o") << "the choice stays";
+        });
+        ASSERT_EQ(test.user.Boxes().size(), c.text ? 1u : 0u);
+        if (c.text) {
+            EXPECT_EQ(test.user.Boxes()[0].text, c.text);
+            EXPECT_EQ(test.user.Boxes()[0].caption, u"Error");
+            EXPECT_EQ(test.user.Boxes()[0].style, 16u);
+        }
+        EXPECT_EQ(test.Stored(), c.text ? FromFile("ib,eth") : "eth,eth");
+        EXPECT_EQ(test.BusRestarts(), c.text ? 0u : 1u);
+    }
+}
+
+TEST(PortProtocolApply, ARefusedChoiceIsAppliedOnceTheVlanIsGone) {
+    PortProtocolTest test(Bus(kAll, R"("ib,eth")").With(AdapterEntry(2), kUpperBindings));
+    test.user.Answer(IDOK);
+    test.OnTab([&] {
+        test.Press(1075);
+        test.Push(PSBTN_APPLYNOW);
+        Merge(test, AdapterEntry(2), R"("UpperBindings"=-)");
+        EXPECT_FALSE(test.CanApply()) << "the sheet went on as after a success";
+        test.Press(1075);
+        EXPECT_TRUE(test.CanApply()) << "the choice still differs from what is saved";
+        test.Push(PSBTN_APPLYNOW);
+    });
+    EXPECT_EQ(test.Stored(), "eth,eth");
+    EXPECT_EQ(test.BusRestarts(), 1u);
+}
+
+TEST(PortProtocolApply, AFailureIsShownAndTheDeviceRestartedAllTheSame) {
+    const std::string key = "Failed to open registry key.\r\nError message: Access is denied.\r\n";
+    const std::string value =
+        "Failed to set value to registry key.\r\nError message: Access is denied.\r\n";
+    const struct {
+        int press;
+        const char* call;
+        const char* argument;
+        DWORD error;
+        std::string text;  // empty: no box
+        std::string stored;
+        DWORD restarts;
+    } cases[] = {
+        {1075, "RegOpenKeyExW", "Parameters", 5, key, FromFile("ib,eth"), 1},
+        {1075, "RegSetValueExW", "PortType", 5, value, FromFile("ib,eth"), 1},
+        {1085, "RegOpenKeyExW", "Parameters", 5, key, FromFile("ib,eth"), 1},
+        {1085, "RegQueryValueExW", "PortType", 5, key, FromFile("ib,eth"), 1},
+        {1085, "RegDeleteValueW", "PortType", 5, key, FromFile("ib,eth"), 1},
+        {1085, "RegDeleteValueW", "PortType", 2, "", FromFile("ib,eth"), 1},  // gone already
+        {1075, "SetupDiCreateDeviceInfoListExW", "", 5, "", "eth,eth", 0},
+        {1075, "SetupDiCallClassInstaller", "", 5, "", "eth,eth", 0},
+    };
+    for (const auto& c : cases) {
+        SCOPED_TRACE(testing::Message() << c.press << " " << c.call << " " << c.error);
+        PortProtocolTest test(Bus(kAll, R"("ib,eth")"));
+        test.user.agrees = true;
+        test.OnTab([&] {
+            test.Press(c.press);
+            const bool isKey = std::string(c.argument) == "Parameters";
+            test.machine.faults.FailCalls(c.call, Wide(isKey ? ParametersPath() : c.argument),
+                                          c.error);
+            test.Push(PSBTN_APPLYNOW);
+            test.machine.faults.Disarm();
+            SendMessageW(test.Page(), WM_COMMAND, static_cast<WPARAM>(c.press), 0);
+            EXPECT_FALSE(test.CanApply()) << "the choice counts as saved";
+        });
+        ASSERT_EQ(test.user.Boxes().size(), c.text.empty() ? 0u : 1u);
+        for (const auto& box : test.user.Boxes()) {
+            EXPECT_EQ(platform::ToUtf8(box.text), c.text);
+            EXPECT_EQ(box.style, 0x2010u);
+        }
+        EXPECT_EQ(test.Stored(), c.stored);
+        EXPECT_EQ(test.BusRestarts(), c.restarts);
+    }
+}
+
+// Applies a choice while the n-th call fails, 0 for none.
+void ApplyWithFault(PortProtocolTest& test, std::uint64_t n, bool lasting) {
+    test.user.agrees = true;
+    test.OnTab([&] {
+        test.Press(1075);
+        test.machine.trace.Start();
+        if (n != 0) test.machine.faults.FailNth(n, lasting);
+        test.Push(PSBTN_APPLYNOW);
+        EXPECT_EQ(test.machine.faults.Fired(), n != 0);
+        test.machine.faults.Disarm();
+        test.machine.trace.Stop();
+    });
+}
+
+// The value is the old or the new one, nothing is left open, and the next sheet works.
+TEST(PortProtocolApply, SurvivesEachFailedCall) {
+    std::vector<std::string> calls;
+    {
+        PortProtocolTest test(Bus(kAll, R"("ib,eth")"));
+        ApplyWithFault(test, 0, false);
+        for (const auto& record : test.machine.trace.Records())
+            calls.emplace_back(record.name);
+    }
+    ASSERT_FALSE(calls.empty());
+    for (std::uint64_t n = 1; n <= calls.size(); ++n) {
+        SCOPED_TRACE(testing::Message() << n << " " << calls[n - 1]);
+        // A text that can't be allocated ends the process, as it does on Windows.
+        if (calls[n - 1] == "SysAllocString") continue;
+        for (const bool lasting : {false, true}) {
+            PortProtocolTest test(Bus(kAll, R"("ib,eth")"));
+            ApplyWithFault(test, n, lasting);
+            EXPECT_TRUE(test.Stored() == FromFile("ib,eth") || test.Stored() == "eth,eth");
+            test.OnTab([&] {
+                test.Press(1085);
+                test.Push(PSBTN_OK);
+            });
+            EXPECT_EQ(test.Stored(), "-");
+        }
+    }
+}
+
+}  // namespace

@@ -1,0 +1,207 @@
+// What the tab finds out about its adapter and the sibling port.
+
+#include "Discovery.h"
+
+#include <regex>
+
+#include "AdapterValues.h"
+#include "TuningTest.h"
+
+namespace {
+
+using Kind = Sample::Kind;
+
+constexpr char kClassPath[] =
+    "SYSTEM\\CurrentControlSet\\Control\\class\\{4D36E972-E325-11CE-BFC1-08002BE10318}";
+constexpr char kNetworkPath[] =
+    "SYSTEM\\CurrentControlSet\\Control\\Network\\{4D36E972-E325-11CE-BFC1-08002BE10318}";
+
+std::string Quoted(const std::string& text) {
+    return '"' + std::regex_replace(text, std::regex("\\\\"), "$&$&") + '"';
+}
+
+AdapterContext ContextOf(int port = 1) {
+    AdapterContext context;
+    const std::u16string path = Wide(Sample::ClassKey(port));
+    path.copy(context.classKeyPath, path.size());
+    return context;
+}
+
+TEST(GetKeysInfo, FillsBothPorts) {
+    for (const Kind kind1 : {Kind::Ethernet, Kind::Ipoib}) {
+        for (const Kind kind2 : {Kind::Ethernet, Kind::Ipoib}) {
+            for (const int port : {1, 2}) {
+                TestMachine test(Sample().Ports(kind1, kind2));
+                AdapterContext context = ContextOf(port);
+                ASSERT_TRUE(GetKeysInfo(context));
+                const struct {
+                    const TuningAdapter& adapter;
+                    int port;
+                } found[] = {{context.first, port}, {context.second, 3 - port}};
+                BYTE number = 0;
+                for (const auto& each : found) {
+                    const Kind kind = each.port == 1 ? kind1 : kind2;
+                    EXPECT_TRUE(each.adapter.present);
+                    EXPECT_EQ(each.adapter.number, ++number);
+                    EXPECT_EQ(each.adapter.isEthernet, kind == Kind::Ethernet);
+                    EXPECT_EQ(each.adapter.instanceId, Wide(test.sample.InstanceId(each.port)));
+                    SetAdapterKey(nullptr, each.adapter, u"Mark", number);
+                    EXPECT_EQ(test.PortText(each.port, u"Mark"), Wide(std::to_string(number)));
+                }
+                EXPECT_EQ(LogOf(test), Lines());
+            }
+        }
+    }
+}
+
+TEST(GetKeysInfo, ACardWithOnePortHasNoSecondAdapter) {
+    TestMachine test(Sample().OnePort(Kind::Ipoib));
+    AdapterContext context = ContextOf();
+    EXPECT_TRUE(GetKeysInfo(context));
+    EXPECT_FALSE(context.second.present);
+    EXPECT_EQ(test.LogBytes(), "") << "the log is only opened for a sibling";
+}
+
+TEST(GetKeysInfo, ReadsTheStoredScenario) {
+    const struct {
+        std::string line;
+        LONG control;
+        const char* reason;
+        bool result = true;
+    } cases[] = {
+        {"\"TuningScenario\"=\"1086\"", 1086, "single port"},
+        {"\"TuningScenario\"=\"1087\"", 1087, "dual port"},
+        {"\"TuningScenario\"=\"1088\"", 1088, "forwarding"},
+        {"\"TuningScenario\"=\"1096\"", 1096, "multicast"},
+        {"\"TuningScenario\"=\"1098\"", 1098, "single stream"},
+        {"\"TuningScenario\"=\"x10871\"", 1087, "a text that holds it"},
+        {"\"TuningScenario\"=\"1098 1086\"", 1098, "the later one in the table's order"},
+        {"\"TuningScenario\"=\"1095\"", 0, "no scenario's button"},
+        {"\"TuningScenario\"=dword:0000043e", 0, "no text"},
+        {"\"Other\"=\"1086\"", 0, "no value"},
+        {"\"TuningScenario\"=\"" + std::string(130, '1') + "\"", 0, "262 bytes", false},
+    };
+    for (const auto& c : cases) {
+        SCOPED_TRACE(c.reason);
+        TestMachine test(Sample().PortValue(1, c.line));
+        AdapterContext context = ContextOf();
+        EXPECT_EQ(GetKeysInfo(context), c.result);
+        EXPECT_EQ(context.scenarioControl, c.control);
+        EXPECT_EQ(static_cast<bool>(context.first.key), c.result);
+    }
+}
+
+TEST(GetKeysInfo, TellsTheKindByTheComponentInAnyCase) {
+    const struct {
+        std::string component;
+        bool ethernet;
+    } cases[] = {
+        {"CVTA\\\\ETH_PORT", true}, {"xEtHx", true}, {"CVTA\\\\IPOIB_PORT", false}, {"", false}};
+    for (const auto& c : cases) {
+        TestMachine test(Sample().PortValue(1, "\"ComponentId\"=\"" + c.component + "\""));
+        AdapterContext context = ContextOf();
+        EXPECT_TRUE(GetKeysInfo(context));
+        EXPECT_EQ(context.first.isEthernet, c.ethernet) << c.component;
+    }
+}
+
+// Which of the card's children in the device tree is found beside port 1.
+TEST(GetKeysInfo, FindsTheSibling) {
+    const std::string port1 = Sample::InstanceId(1, Kind::Ethernet);
+    const std::string port2 = Sample::InstanceId(2, Kind::Ethernet);
+    const std::string other = "CVTA\\NONE\\1";
+    const std::string lower = "CVTA\\eth_port\\1";
+    const struct {
+        std::string children;
+        bool found;
+        const char* reason;
+    } cases[] = {
+        {port1 + ";" + port2, true, "the next one"},
+        {port1 + ";" + other + ";" + port2, false, "only the next one counts"},
+        {port1 + ";" + lower + ";" + port2, false, "small letters don't count"},
+        {port2 + ";" + port1, true, "the last child looks from the first on"},
+        {other + ";" + port2 + ";" + port1, true, "and passes others over"},
+        {other + ";" + lower + ";" + port1, false, "and may find none"},
+        {port1, false, "itself doesn't count"},
+    };
+    for (const auto& c : cases) {
+        SCOPED_TRACE(c.reason);
+        TestMachine test(Sample()
+                             .With("SOFTWARE\\StandIn\\DeviceTree",
+                                   Quoted(Sample::BusInstanceId()) + "=" + Quoted(c.children))
+                             .With("SYSTEM\\CurrentControlSet\\Enum\\" + other, "")
+                             .With("SYSTEM\\CurrentControlSet\\Enum\\" + lower, ""));
+        AdapterContext context = ContextOf();
+        EXPECT_TRUE(GetKeysInfo(context));
+        EXPECT_EQ(context.second.present, c.found);
+        EXPECT_EQ(context.second.instanceId, Wide(c.found ? port2 : ""));
+    }
+}
+
+TEST(FindAdapter, ComparesWithoutRegardToCaseAndPassesAFailedSubkeyOver) {
+    TestMachine test;
+    WCHAR guid[kPathCapacity];
+    ScopedRegKey key;
+    test.machine.faults.FailCalls("RegEnumKeyExW", u"", 5, 1, 1);
+    EXPECT_EQ(FindAdapterGuidByNetKey(nullptr, u"Name", u"LOCAL AREA CONNECTION 4", guid,
+                                      ARRAYSIZE(guid)),
+              ERROR_SUCCESS);
+    EXPECT_EQ(std::u16string(guid), Wide(Sample::Guid(2)));
+    test.machine.faults.FailCalls("RegEnumKeyExW", u"", 5, 1, 1);
+    EXPECT_EQ(FindAdapterByGuid(nullptr, u"{a12f7e08-5d3c-4b9a-9c41-3e5f20d7b811}", key),
+              ERROR_SUCCESS);
+    EXPECT_TRUE(static_cast<bool>(key));
+}
+
+TEST(FindAdapter, LogsWhyItFailed) {
+    const std::string noKey = "Key not found: ";
+    const std::string noAccess = "Error opening key: ";
+    const struct {
+        const char* call;
+        DWORD error;
+        LONG result;
+        std::string ofNetKey;
+        std::string ofGuid;
+    } cases[] = {
+        {"RegOpenKeyExW", 2, 2, noKey + kNetworkPath, noKey + kClassPath},
+        {"RegOpenKeyExW", 5, 5, noAccess + kNetworkPath, noAccess + kClassPath},
+        // An enumeration that only fails comes to an end.
+        {"RegEnumKeyExW", 5, ERROR_NO_MORE_ITEMS, "Network Adapter with Name = x not found",
+         "Adapter GUID not found: {x}"},
+    };
+    for (const auto& c : cases) {
+        TestMachine test;
+        test.machine.faults.FailCalls(c.call, u"", c.error);
+        WCHAR guid[kPathCapacity];
+        ScopedRegKey key;
+        const Lines lines = Logged(test, [&](LogStream* log) {
+            EXPECT_EQ(FindAdapterGuidByNetKey(log, u"Name", u"x", guid, kPathCapacity), c.result);
+            EXPECT_EQ(FindAdapterByGuid(log, u"{x}", key), c.result);
+        });
+        EXPECT_EQ(lines, Lines({"FindAdapterGuidByNetKey: " + c.ofNetKey, "",
+                                "FindAdapterByGuid: " + c.ofGuid, ""}));
+        EXPECT_FALSE(static_cast<bool>(key));
+    }
+}
+
+TEST(GetAdapterConnectionName, KeepsTheNameThatCantBeRead) {
+    const struct {
+        const char16_t* failing;
+        bool result;
+        const char16_t* name;
+    } cases[] = {
+        {u"none", true, u"Local Area Connection 3"},
+        {u"Name", true, u"before"},
+        {u"NetCfgInstanceId", false, u"before"},
+    };
+    for (const auto& c : cases) {
+        TestMachine test;
+        OpenPort port(1);
+        port.Named("before");
+        test.machine.faults.FailCalls("RegQueryValueExW", c.failing, 2);
+        EXPECT_EQ(GetAdapterConnectionName(port), c.result);
+        EXPECT_EQ(std::u16string(port.connectionName), c.name);
+    }
+}
+
+}  // namespace

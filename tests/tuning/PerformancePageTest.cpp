@@ -1,0 +1,297 @@
+// The Performance tab as its user sees it: how it starts, and what a press of Run Tuning does.
+
+#include <richedit.h>
+
+#include <functional>
+
+#include "TuningTest.h"
+#include "resource.h"
+
+namespace {
+
+using Kind = Sample::Kind;
+
+const std::string kLogPath = "C:\\Windows\\System32\\LogFiles\\PerformanceTuning.log.";
+const std::string kSucceeded =
+    "The task was completed succesfully.\nFor information about the changes that were made, see "
+    "log:\n\n" +
+    kLogPath;
+constexpr char kReboot[] =
+    "Tuning was completed successfully.  For the changes to take effect, you need to reboot your "
+    "machine.\n\n Click yes to reboot now, or no to reboot later.";
+
+// Opens the sheet, brings the tab up, does the deed there and cancels the sheet.
+void OnTab(TestMachine& test, const std::function<void()>& deed) {
+    test.user.Do([&] {
+        for (WPARAM index = 0; index < 4 && !GetDlgItem(test.Page(), IDC_RUN_TUNING); ++index)
+            SendMessageW(test.SheetWindow(), PSM_SETCURSEL, index, 0);
+        ASSERT_NE(GetDlgItem(test.Page(), IDC_RUN_TUNING), nullptr) << "no Performance tab";
+        deed();
+    });
+    EXPECT_TRUE(test.RunSheet());
+}
+
+// Presses Run Tuning after the button of a choice.
+void Tune(TestMachine& test, int choice) {
+    OnTab(test, [&] {
+        test.Press(choice);
+        test.Press(IDC_RUN_TUNING);
+    });
+}
+
+std::vector<int> CheckedButtons(TestMachine& test) {
+    std::vector<int> checked;
+    for (const int control : {IDC_SINGLE_PORT, IDC_DUAL_PORT, IDC_FORWARDING, IDC_MULTICAST,
+                              IDC_SINGLE_STREAM, IDC_BALANCED})
+        if (test.IsChecked(control)) checked.push_back(control);
+    return checked;
+}
+
+bool IsEnabled(TestMachine& test, int control) {
+    const HWND window = GetDlgItem(test.Page(), control);
+    return window && IsWindowEnabled(window);
+}
+
+void ExpectBox(const TestMachine& test, std::size_t index, const char16_t* caption,
+               const std::string& text, UINT style) {
+    ASSERT_LT(index, test.user.Boxes().size());
+    EXPECT_EQ(test.user.Boxes()[index].caption, caption);
+    EXPECT_EQ(platform::ToUtf8(test.user.Boxes()[index].text), text);
+    EXPECT_EQ(test.user.Boxes()[index].style, style);
+}
+
+std::string Stored(const std::string& scenario) {
+    return "\"TuningScenario\"=\"" + scenario + "\"";
+}
+
+TEST(PerformancePage, StartsWithTheStoredScenarioAndWhatThePortsAllow) {
+    constexpr char kHelp[] =
+        "<help><Performance_ETH>{\\rtf1 wire}</Performance_ETH>"
+        "<Performance_IPoIB>{\\rtf1 fabric}</Performance_IPoIB></help>";
+    const Sample ethernet = Sample().OnePort(Kind::Ethernet);
+    const Sample ethernets = Sample().Ports(Kind::Ethernet, Kind::Ethernet);
+    const Sample ipoib = Sample().OnePort(Kind::Ipoib);
+    const Sample ipoibs = Sample().Ports(Kind::Ipoib, Kind::Ipoib);
+    const Sample mixed = Sample().Ports(Kind::Ethernet, Kind::Ipoib);
+    const struct {
+        Sample sample;
+        const char* stored;
+        std::vector<int> checked;
+        bool dual;
+        bool forwarding;
+        const char* reason;
+    } cases[] = {
+        {ethernets, "", {IDC_BALANCED}, true, true, "two of a kind"},
+        {ipoibs, "", {IDC_BALANCED}, true, true, "two of a kind, IPoIB"},
+        {mixed, "", {IDC_BALANCED}, false, false, "mixed"},
+        {Sample().Ports(Kind::Ipoib, Kind::Ethernet), "", {IDC_BALANCED}, false, false, "the same"},
+        {ethernet, "", {IDC_BALANCED}, false, true, "no sibling counts as IPoIB"},
+        {ipoib, "", {IDC_BALANCED}, true, true, "no sibling, IPoIB"},
+        {ethernets, "1088", {IDC_FORWARDING}, true, true, "stored"},
+        {ethernets, "1098", {IDC_SINGLE_STREAM}, true, true, "stored"},
+        {ipoibs, "1098", {}, true, true, "a button that isn't there"},
+        {mixed, "1087", {IDC_DUAL_PORT}, false, false, "disabled and checked"},
+    };
+    for (const auto& c : cases) {
+        SCOPED_TRACE(testing::Message() << c.reason << " " << c.stored);
+        Sample sample = c.sample;
+        const bool isEthernet = sample.InstanceId(1) == Sample::InstanceId(1, Kind::Ethernet);
+        TestMachine test(sample.PortValue(1, *c.stored ? Stored(c.stored) : ""), 0, kHelp);
+        OnTab(test, [&] {
+            EXPECT_EQ(CheckedButtons(test), c.checked);
+            EXPECT_EQ(IsEnabled(test, IDC_DUAL_PORT), c.dual);
+            EXPECT_EQ(IsEnabled(test, IDC_FORWARDING), c.forwarding);
+            EXPECT_TRUE(IsEnabled(test, IDC_RUN_TUNING));
+            EXPECT_EQ(IsEnabled(test, IDC_SINGLE_STREAM), isEthernet);
+            WCHAR help[100] = {};
+            GetDlgItemTextW(test.Page(), IDC_HELP_TEXT, help, ARRAYSIZE(help));
+            EXPECT_EQ(std::u16string(help), isEthernet ? u"wire" : u"fabric");
+            // The message gives the colour before.
+            EXPECT_EQ(SendDlgItemMessageW(test.Page(), IDC_HELP_TEXT, EM_SETBKGNDCOLOR, 0, 0),
+                      0xD2FAFF);
+        });
+    }
+}
+
+TEST(PerformancePage, AFailedStartLeavesRunTuningDisabled) {
+    TestMachine test;
+    test.machine.faults.FailCalls("CM_Locate_DevNode_ExW", u"", 13);
+    OnTab(test, [&] {
+        EXPECT_EQ(CheckedButtons(test), std::vector<int>());
+        EXPECT_FALSE(IsEnabled(test, IDC_RUN_TUNING));
+        SendMessageW(test.Page(), WM_COMMAND, IDC_RUN_TUNING, 0);
+    });
+    EXPECT_EQ(test.LogBytes(), "");
+    EXPECT_EQ(test.Restarts(1), 0u);
+}
+
+TEST(PerformancePage, WritesTheWholeLogOfAPress) {
+    TestMachine test(Sample().OnePort(Kind::Ethernet));
+    test.user.Answer(IDOK);
+    OnTab(test, [&] {
+        test.Press(IDC_SINGLE_PORT);
+        EXPECT_EQ(test.LogBytes(), "") << "a choice alone changes nothing";
+        test.Press(IDC_RUN_TUNING);
+        EXPECT_EQ(CheckedButtons(test), std::vector<int>{IDC_SINGLE_PORT}) << "the choice stays";
+    });
+    EXPECT_EQ(LogOf(test),
+              Joined({GeneralTuningHead("Ethernet"),
+                      {kNoTcpChange, kNoAfdChange,
+                       "Start Corvanta Tessaron Ethernet performance tuning for "
+                       "SINGLE_PORT_STREAM."},
+                      kRestore,
+                      RestoreLines(1, true),
+                      {"Setting adapter 1 key TuningScenario to 1086",
+                       "Setting adapter 1 key DefaultRecvRingProcessor to 0",
+                       "Setting adapter 1 key TxForwardingProcessor to 7",
+                       "Setting adapter 1 key *MaxRssProcessors to 8",
+                       "Setting adapter 1 key *RssBaseProcNumber to 0",
+                       "Setting adapter 1 key *RssProfile to 4",
+                       "Setting adapter 1 key *NumRSSQueues to 8",
+                       "Setting adapter 1 key *RssMaxProcNumber to 7",
+                       "Corvanta Tessaron Ethernet performance tuning for SINGLE_PORT_STREAM "
+                       "completed successfully.",
+                       "", ""}}));
+}
+
+TEST(PerformancePage, EachChoiceRunsItsScenario) {
+    const struct {
+        Kind kind;
+        int choice;
+        const char16_t* stored1;
+        const char16_t* stored2;
+    } cases[] = {
+        {Kind::Ethernet, IDC_SINGLE_PORT, u"1086", u"-"},
+        {Kind::Ethernet, IDC_DUAL_PORT, u"1087", u"1087"},
+        {Kind::Ethernet, IDC_FORWARDING, u"1088", u"1088"},
+        {Kind::Ethernet, IDC_MULTICAST, u"1096", u"-"},
+        {Kind::Ethernet, IDC_SINGLE_STREAM, u"1098", u"-"},
+        {Kind::Ethernet, IDC_BALANCED, u"-", u"-"},
+        {Kind::Ipoib, IDC_MULTICAST, u"1096", u"-"},
+    };
+    for (const auto& c : cases) {
+        SCOPED_TRACE(c.choice);
+        TestMachine test(Sample()
+                             .Ports(c.kind, c.kind)
+                             .PortValue(1, Stored("1086"))
+                             .PortValue(2, Stored("1086")));
+        test.user.Answer(IDOK);
+        Tune(test, c.choice);
+        if (c.choice == IDC_BALANCED)
+            ExpectBox(test, 0, u"Restore", "Restore succeeded", 0);
+        else
+            ExpectBox(test, 0, u"Tuning succeeded", kSucceeded, 0);
+        EXPECT_EQ(test.PortText(1, u"TuningScenario"), c.stored1);
+        EXPECT_EQ(test.PortText(2, u"TuningScenario"), c.stored2);
+        EXPECT_EQ(test.Restarts(1), 1u);
+        EXPECT_EQ(test.Restarts(2), 1u);
+        EXPECT_EQ(test.Reboots(), 0u);
+    }
+}
+
+// The click leaves the disabled button checked; the page itself clears it.
+TEST(PerformancePage, AChoiceReplacesAStoredScenarioThatIsDisabled) {
+    for (const int choice : {IDC_SINGLE_PORT, IDC_BALANCED}) {
+        TestMachine test(Sample().OnePort(Kind::Ethernet).PortValue(1, Stored("1087")));
+        test.user.Answer(IDOK);
+        OnTab(test, [&] {
+            EXPECT_EQ(CheckedButtons(test), std::vector<int>{IDC_DUAL_PORT});
+            test.Press(choice);
+            EXPECT_EQ(CheckedButtons(test), std::vector<int>{choice});
+            test.Press(IDC_RUN_TUNING);
+        });
+        EXPECT_EQ(test.user.Boxes().back().style, 0u);
+        EXPECT_EQ(test.PortText(1, u"TuningScenario"), choice == IDC_SINGLE_PORT ? u"1086" : u"-");
+        EXPECT_EQ(test.Restarts(1), 1u);
+    }
+}
+
+TEST(PerformancePage, ChangedTcpSettingsAskForAReboot) {
+    const struct {
+        int answer;
+        const char* failing;  // of the privilege step, which doesn't count
+        std::size_t reboots;  // tried
+    } cases[] = {
+        {IDYES, "", 1},
+        {IDNO, "", 0},
+        {IDYES, "LookupPrivilegeValueW", 1},
+        {IDYES, "OpenProcessToken", 1},
+        {IDYES, "AdjustTokenPrivileges", 1},
+    };
+    for (const auto& c : cases) {
+        SCOPED_TRACE(c.failing);
+        TestMachine test(Sample().TcpToChange());
+        test.machine.trace.Start();
+        test.machine.faults.FailCalls(c.failing, u"", ERROR_NOT_ALL_ASSIGNED);
+        for (const int answer : {IDOK, IDOK, c.answer})
+            test.user.Answer(answer);
+        Tune(test, IDC_MULTICAST);
+        ASSERT_EQ(test.user.Boxes().size(), 3u);
+        EXPECT_EQ(test.user.Boxes()[0].caption, u"GeneralTuning");
+        ExpectBox(test, 1, u"Tuning succeeded", kSucceeded, 0);
+        ExpectBox(test, 2, u"Reboot Your Machine", kReboot, 36);
+        EXPECT_EQ(test.machine.trace.Count("ExitWindowsEx"), c.reboots);
+        if (!*c.failing) {
+            EXPECT_EQ(test.Reboots(), c.reboots);
+        }
+        EXPECT_EQ(test.Restarts(1), 0u);
+    }
+}
+
+TEST(PerformancePage, ARefusalIsShownAndNothingIsRestarted) {
+    const std::string seeLog = "For more information see log:\n\n" + kLogPath;
+    const struct {
+        Sample sample;
+        int choice;
+        std::vector<int> answers;
+        std::string text;
+        const char16_t* ring;  // DefaultRecvRingProcessor afterwards
+    } cases[] = {
+        {Sample().TcpToChange(), IDC_MULTICAST, {IDCANCEL, IDOK}, "General Tuning Failed", u"-"},
+        {Sample().OnePort(Kind::Ipoib), IDC_DUAL_PORT, {IDOK}, seeLog, u"-1"},
+        {Sample().Processors("1", "0"), IDC_MULTICAST, {IDOK}, seeLog, u"-1"},
+    };
+    for (const auto& c : cases) {
+        SCOPED_TRACE(c.choice);
+        TestMachine test(c.sample);
+        for (const int answer : c.answers)
+            test.user.Answer(answer);
+        Tune(test, c.choice);
+        ExpectBox(test, c.answers.size() - 1, u"Performance tuning failed.", c.text, 16);
+        EXPECT_EQ(test.PortText(1, u"DefaultRecvRingProcessor"), c.ring);
+        EXPECT_EQ(test.Restarts(1), 0u);
+        EXPECT_EQ(test.Reboots(), 0u);
+    }
+}
+
+TEST(PerformancePage, NeedsExactlyOneChoice) {
+    const std::vector<int> choices[] = {
+        {}, {IDC_SINGLE_PORT, IDC_BALANCED}, {IDC_SINGLE_PORT, IDC_MULTICAST}};
+    for (const std::vector<int>& choice : choices) {
+        TestMachine test;
+        test.user.Answer(IDOK);
+        OnTab(test, [&] {
+            CheckDlgButton(test.Page(), IDC_BALANCED, BST_UNCHECKED);
+            for (const int control : choice)
+                CheckDlgButton(test.Page(), control, BST_CHECKED);
+            test.Press(IDC_RUN_TUNING);
+        });
+        ExpectBox(test, 0, u"Performance tuning failed.",
+                  "Please choose one of the tuning scenarios", 16);
+        EXPECT_EQ(LogOf(test), Lines());
+    }
+}
+
+TEST(PerformancePage, OnlyTheIdCountsAndACheckedButtonEndsACommand) {
+    TestMachine test;
+    test.user.Answer(IDOK);
+    OnTab(test, [&] {
+        SendMessageW(test.Page(), WM_COMMAND, MAKEWPARAM(IDC_BALANCED, BN_CLICKED), 0);
+        SendMessageW(test.Page(), WM_COMMAND, MAKEWPARAM(IDC_HELP_TEXT, 0x1234), 0);
+        EXPECT_EQ(LogOf(test), Lines());
+        SendMessageW(test.Page(), WM_COMMAND, MAKEWPARAM(IDC_RUN_TUNING, 0x1234), 0);
+    });
+    EXPECT_EQ(test.user.Boxes().size(), 1u);
+}
+
+}  // namespace
