@@ -101,10 +101,8 @@ TEST(AdapterIdentity, RegistryTextsAreCheckedBeforeUse) {
     };
     const std::string classKey = Sample::ClassKey(1);
     const struct {
-        std::string key;
-        std::string line;
-        const char* flags;
-        const char* reason;
+        std::string key, line;
+        const char *flags, *reason;
     } rows[] = {
         {kEnumKey, R"("Service"=dword:00000001)", "fails", "a service that is a number"},
         {kEnumKey, text("Service", 129), "-", "260 bytes of service"},

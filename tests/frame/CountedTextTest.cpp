@@ -42,8 +42,7 @@ TEST(CountedText, AppendingJoinsOrLeavesTheTextAsItWas) {
 
 TEST(CountedText, EqualityIsExact) {
     const struct {
-        const char16_t* a;
-        const char16_t* b;
+        const char16_t *a, *b;
         bool equal;
     } rows[] = {{u"Team", u"Team", true},
                 {u"Team", u"team", false},

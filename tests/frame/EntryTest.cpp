@@ -10,18 +10,6 @@ bool HasHelp() {
     return Library().helpDocument && Library().helpDocument->document;
 }
 
-TEST(Attach, NotesTheGenerationOfTheSystem) {
-    const struct {
-        const char* version;
-        bool vistaOrLater;
-    } rows[] = {{"5.2", false}, {"6.0", true}, {"6.3", true}, {"10.0", true}};
-    for (const auto& row : rows) {
-        TestMachine test(Sample().Version(row.version));
-        ASSERT_NE(test.Attach(), nullptr);
-        EXPECT_EQ(Library().isVistaOrLater, row.vistaOrLater) << row.version;
-    }
-}
-
 TEST(Attach, BeginsWithACleanRecordEachTime) {
     TestMachine test;
     test.Attach();

@@ -43,9 +43,7 @@ constexpr char kHelp[] = R"(<?xml version="1.0"?>
 
 TEST(HelpTopics, AreFoundByKeyAndSuffix) {
     const struct {
-        const char16_t* key;
-        const char16_t* suffix;
-        const char16_t* shown;
+        const char16_t *key, *suffix, *shown;
         const char* reason;
     } rows[] = {
         {u"Performance", u"_ETH", u"eth", "a key with its suffix"},
@@ -88,10 +86,7 @@ TEST(ShippedHelp, EveryTopicOpens) {
     text << file.rdbuf();
     ASSERT_FALSE(text.str().empty());
     const struct {
-        const char16_t* key;
-        const char16_t* suffix;
-        const char16_t* title;
-        const char16_t* within;
+        const char16_t *key, *suffix, *title, *within;
     } rows[] = {
         {u"Performance", u"_ETH", u"Performance tuning of an Ethernet port",
          u"System32\\LogFiles\\PerformanceTuning.log"},

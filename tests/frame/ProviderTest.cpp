@@ -24,8 +24,7 @@ TEST(AdapterProvider, AnotherRequestIsRefusedAndTouchesNothing) {
     test.Attach();
     const struct {
         DWORD requested;
-        bool list;
-        bool device;
+        bool list, device;
         const char* reason;
     } rows[] = {
         {SPPSR_ENUM_BASIC_DEVICE_PROPERTIES, true, true, "basic properties"},

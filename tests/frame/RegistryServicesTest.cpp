@@ -52,29 +52,16 @@ TEST(ReadRegistryText, TakesWhateverAValueHolds) {
     }
 }
 
-TEST(HklmValues, AreReadAndWrittenAsTheyStand) {
-    TestMachine test(Sample().With(kTestKey, R"("v"=hex(1):61,00,62)"));
-    BYTE buffer[16] = {};
-    const auto read = [&](LPCWSTR key, LPCWSTR name, DWORD size) {
-        return ReadHklmValue(key, name, buffer, &size) ? static_cast<int>(size) : -1;
-    };
-    EXPECT_EQ(read(u"SOFTWARE\\Test", u"v", 4), 3);
-    EXPECT_EQ(buffer[2], 0x62);
-    EXPECT_EQ(read(u"SOFTWARE\\Test", u"v", 2), -1);
-    EXPECT_EQ(read(u"SOFTWARE\\Test", u"w", 4), -1);
-    EXPECT_EQ(read(u"SOFTWARE\\Gone", u"v", 4), -1);
-    EXPECT_TRUE(WriteHklmString(u"SOFTWARE\\Test", u"v", u"eth,ib", 12));
-    EXPECT_EQ(test.Text(kTestKey, u"v"), u"eth,ib");
-    EXPECT_EQ(read(u"SOFTWARE\\Test", u"v", 16), 12) << "the size given, without a terminator";
-}
-
-TEST(MuxInstallDir, IsBelowTheInstalledPath) {
-    TestMachine test;
-    WCHAR directory[MAX_PATH];
-    EXPECT_EQ(GetMuxInstallDir(directory, MAX_PATH, nullptr), S_OK);
-    EXPECT_EQ(std::u16string(directory), u"C:\\Program Files\\Corvanta\\Vlan_lbfo");
-    // Room for the path, but not for what is appended.
-    EXPECT_EQ(GetMuxInstallDir(directory, 30, nullptr), static_cast<HRESULT>(0x8007007A));
+TEST(WriteHklmString, SaysWhetherItWrote) {
+    for (const char* call : {"RegOpenKeyExW", "RegSetValueExW"}) {
+        TestMachine test(Sample().With(kTestKey, ""));
+        test.Attach();
+        EXPECT_TRUE(WriteHklmString(u"SOFTWARE\\Test", u"v", u"eth,ib", 12));
+        test.machine.faults.FailCalls(call, u"", ERROR_ACCESS_DENIED);
+        test.user.Answer(IDOK);
+        EXPECT_FALSE(WriteHklmString(u"SOFTWARE\\Test", u"v", u"ib", 4));
+        EXPECT_EQ(test.Text(kTestKey, u"v"), u"eth,ib");
+    }
 }
 
 TEST(MuxInstallDir, AFailureIsGivenAndWithAnOwnerShown) {
@@ -98,6 +85,7 @@ TEST(MuxInstallDir, AFailureIsGivenAndWithAnOwnerShown) {
         WCHAR directory[MAX_PATH];
         const auto expected = static_cast<HRESULT>(0x80070000u | row.error);
         EXPECT_EQ(GetMuxInstallDir(directory, MAX_PATH, nullptr), expected);
+        EXPECT_FALSE(IsMuxPackagePresent());
         EXPECT_TRUE(test.user.Boxes().empty());
 
         const TestWindow owner(u"Static", 0);
@@ -131,41 +119,14 @@ TEST(MuxPackage, IsPresentWithBothFiles) {
         for (const char* file : row.files)
             test.machine.Get<platform::Drive>().WriteWholeFile(
                 u"C:\\Program Files\\Corvanta\\Vlan_lbfo\\" + Wide(file), "");
-        WCHAR directory[MAX_PATH];
-        EXPECT_EQ(GetMuxInstallDir(directory, MAX_PATH, nullptr), S_OK);
         EXPECT_EQ(IsMuxPackagePresent(), row.present) << row.files.size() << " files, " << row.path;
     }
     TestMachine test;
-    test.machine.faults.FailCalls("RegOpenKeyExW", u"SOFTWARE\\Corvanta", ERROR_FILE_NOT_FOUND);
-    EXPECT_FALSE(IsMuxPackagePresent());
-    EXPECT_TRUE(test.user.Boxes().empty());
-}
-
-TEST(MuxEntry, AValueCountsEvenWhenEmpty) {
-    const std::string entry =
-        "SYSTEM\\CurrentControlSet\\Services\\MUXP\\Parameters\\Adapters\\{A}";
-    const struct {
-        const char* line;  // null: no entry
-        bool bindings;
-        bool team;
-        const char* reason;
-    } rows[] = {
-        {nullptr, false, false, "no entry"},
-        {"", false, false, "an entry without values"},
-        {R"("UpperBindings"=hex(7):)", true, false, "no data"},
-        {R"("UpperBindings"=hex(7):5c,00,00,00,00,00)", true, false, "a binding"},
-        {R"("TeamDeviceName"="")", false, true, "an empty team"},
-        {R"("TeamDeviceName"="\\Device\\{B}")", false, true, "a team"},
-    };
-    for (const auto& row : rows) {
-        SCOPED_TRACE(row.reason);
-        Sample sample;
-        if (row.line) sample.With(entry, row.line);
-        TestMachine test(sample);
-        EXPECT_EQ(HasUpperBindings(u"{A}"), row.bindings);
-        EXPECT_EQ(HasTeamDeviceName(u"{A}"), row.team);
-        EXPECT_FALSE(HasUpperBindings(std::u16string(300, u'x').c_str()));
-    }
+    WCHAR directory[MAX_PATH];
+    EXPECT_EQ(GetMuxInstallDir(directory, MAX_PATH, nullptr), S_OK);
+    EXPECT_EQ(std::u16string(directory), u"C:\\Program Files\\Corvanta\\Vlan_lbfo");
+    // Room for the path, but not for what is appended.
+    EXPECT_EQ(GetMuxInstallDir(directory, 30, nullptr), static_cast<HRESULT>(0x8007007A));
 }
 
 }  // namespace

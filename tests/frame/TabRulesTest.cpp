@@ -21,8 +21,7 @@ TEST(TabRules, EachKindOfDeviceGetsItsTabs) {
         bool vlan, team, member, ipoib;
         const char* workstation;
         const char* server;  // of release 4 or later
-        const char* withoutMux;
-        const char* name;
+        const char *withoutMux, *name;
     } rows[] = {
         {false, false, false, false, "IPVT", "IP", "IP", "Ethernet"},
         {false, false, true, false, "IPT", "IP", "IP", "Ethernet, team member"},

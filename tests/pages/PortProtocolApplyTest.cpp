@@ -210,45 +210,4 @@ TEST(PortProtocolApply, AFailureIsShownAndTheDeviceRestartedAllTheSame) {
     }
 }
 
-// Applies a choice while the n-th call fails, 0 for none.
-void ApplyWithFault(PortProtocolTest& test, std::uint64_t n, bool lasting) {
-    test.user.agrees = true;
-    test.OnTab([&] {
-        test.Press(1075);
-        test.machine.trace.Start();
-        if (n != 0) test.machine.faults.FailNth(n, lasting);
-        test.Push(PSBTN_APPLYNOW);
-        EXPECT_EQ(test.machine.faults.Fired(), n != 0);
-        test.machine.faults.Disarm();
-        test.machine.trace.Stop();
-    });
-}
-
-// The value is the old or the new one, nothing is left open, and the next sheet works.
-TEST(PortProtocolApply, SurvivesEachFailedCall) {
-    std::vector<std::string> calls;
-    {
-        PortProtocolTest test(Bus(kAll, R"("ib,eth")"));
-        ApplyWithFault(test, 0, false);
-        for (const auto& record : test.machine.trace.Records())
-            calls.emplace_back(record.name);
-    }
-    ASSERT_FALSE(calls.empty());
-    for (std::uint64_t n = 1; n <= calls.size(); ++n) {
-        SCOPED_TRACE(testing::Message() << n << " " << calls[n - 1]);
-        // A text that can't be allocated ends the process, as it does on Windows.
-        if (calls[n - 1] == "SysAllocString") continue;
-        for (const bool lasting : {false, true}) {
-            PortProtocolTest test(Bus(kAll, R"("ib,eth")"));
-            ApplyWithFault(test, n, lasting);
-            EXPECT_TRUE(test.Stored() == FromFile("ib,eth") || test.Stored() == "eth,eth");
-            test.OnTab([&] {
-                test.Press(1085);
-                test.Push(PSBTN_OK);
-            });
-            EXPECT_EQ(test.Stored(), "-");
-        }
-    }
-}
-
 }  // namespace

@@ -5,7 +5,6 @@
 #include <optional>
 #include <random>
 #include <string>
-#include <vector>
 
 #include <fcntl.h>
 #include <sys/stat.h>

@@ -251,18 +251,4 @@ TEST_F(PropertySheetTest, ApplyIsEnabledWhileAPageHasChanges) {
     EXPECT_EQ(Show("AB"), 1);
 }
 
-TEST_F(PropertySheetTest, SecondSheetWorksWhileTheFirstIsUp) {
-    desktop->user.deeds.push_back([&] {
-        const HWND first = s_sheet;
-        PressAll("o");
-        EXPECT_EQ(Show("B"), 1);
-        EXPECT_EQ(g_events.back(), "B release");
-        s_sheet = first;
-        EXPECT_EQ(GetForegroundWindow(), first);
-        PressAll("c");
-    });
-    EXPECT_EQ(Show("A"), 0);
-    EXPECT_EQ(g_events.back(), "A release");
-}
-
 }  // namespace

@@ -1,10 +1,8 @@
-// Conversions, comparisons, messages, counted strings, GUIDs and the allocations beneath them.
+// Conversions, comparisons, messages, counted strings, allocations and COM.
 
-#include <functional>
 #include <memory>
 #include <new>
 #include <string>
-#include <vector>
 
 #include <windows.h>
 #include <objbase.h>
@@ -141,21 +139,15 @@ TEST(FormatMessageTest, FillsInsertsAndEscapes) {
     }
 }
 
-TEST(CountedStringTest, KeepsItsLengthAndComparesExactly) {
+TEST(CountedStringTest, KeepsWhatStandsBehindATerminator) {
     const Machine machine;
     BSTR whole = SysAllocStringLen(u"a\0b", 3);
-    EXPECT_EQ(SysStringLen(whole), 3u);
-    EXPECT_EQ(SysStringByteLen(whole), 6u);
     BSTR part = SysAllocString(whole);
+    EXPECT_EQ(SysStringLen(whole), 3u);
     EXPECT_EQ(SysStringLen(part), 1u);
-    BSTR capital = SysAllocString(u"A");
-    BSTR empty = SysAllocString(u"");
     EXPECT_EQ(VarBstrCmp(whole, part, 1024, 0), VARCMP_GT);
-    EXPECT_EQ(VarBstrCmp(capital, part, 1024, 0), VARCMP_LT);
-    EXPECT_EQ(VarBstrCmp(part, part, 1024, 0), VARCMP_EQ);
-    EXPECT_EQ(VarBstrCmp(empty, nullptr, 1024, 0), VARCMP_EQ);
-    for (BSTR text : {whole, part, capital, empty, BSTR{}})
-        SysFreeString(text);
+    SysFreeString(whole);
+    SysFreeString(part);
 }
 
 TEST(AllocationTest, NewFailsOnlyWhereItReportsByNull) {
@@ -186,21 +178,6 @@ TEST(ComTest, InitialisationIsCountedByThread) {
     EXPECT_EQ(create(), REGDB_E_CLASSNOTREG);
     CoUninitialize();
     EXPECT_EQ(create(), CO_E_NOTINITIALIZED);
-}
-
-TEST(ComTest, GuidsGoToTextAndBack) {
-    const Machine machine;
-    const std::u16string good = u"{2933BF81-7B36-11D2-B20E-00c04F983E60}";
-    CLSID parsed = {};
-    EXPECT_EQ(CLSIDFromString(good.c_str(), &parsed), S_OK);
-    EXPECT_EQ(parsed.Data3, 0x11D2);
-    WCHAR text[39];
-    ASSERT_EQ(StringFromGUID2(parsed, text, 39), 39);
-    EXPECT_EQ(std::u16string(text), u"{2933BF81-7B36-11D2-B20E-00C04F983E60}");
-    for (const std::u16string& bad :
-         {std::u16string(), good.substr(1, 36), good + u" ",
-          std::u16string(good).replace(9, 1, u" "), std::u16string(good).replace(35, 1, u"G")})
-        EXPECT_EQ(CLSIDFromString(bad.c_str(), &parsed), CO_E_CLASSSTRING) << ToUtf8(bad);
 }
 
 }  // namespace

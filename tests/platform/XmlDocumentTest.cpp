@@ -9,7 +9,6 @@
 
 #include "Drive.h"
 #include "FactsMachine.h"
-#include "Text.h"
 #include "XmlDocument.h"
 
 using namespace platform;

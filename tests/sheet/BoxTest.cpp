@@ -57,6 +57,33 @@ TEST(Boxes, ABoxThatIsUpBlocksTheSheetAndIsShown) {
         EXPECT_EQ(program.Run(hold + blocked + "\n").code, 2) << blocked;
 }
 
+TEST(Boxes, ARefusalCarriesNothingOn) {
+    const char* const refused[] = {"answer hold\npress 1090\npress 9999\n",
+                                   "answer yes\npress 1090\n"};
+    for (const char* script : refused) {
+        SCOPED_TRACE(script);
+        const Program program(Sample().TcpToChange());
+        const auto result = program.Run("open Performance\npress 1086\n" + std::string(script),
+                                        {"--save", program.Path("after.reg")});
+        EXPECT_EQ(result.code, 2);
+        EXPECT_NE(result.out.find(" | cancel\n"), std::string::npos) << result.out;
+        const auto after = program.RunWith({program.Path("after.reg"), "--script", "-"},
+                                           "reg " + Sample::ClassKey(1) + "\n");
+        EXPECT_EQ(after.out.find("TuningScenario"), std::string::npos) << after.out;
+    }
+}
+
+TEST(Boxes, AnEmptyTextIsATextAndABreakStaysInItsLine) {
+    const Program program(Sample()
+                              .PortValue(1, R"("EnumPropPages32"=hex(1):)")
+                              .PortValue(2, R"("DriverVersion"=hex(1):31,00,0d,00,32,00,00,00)")
+                              .With("SOFTWARE\\StandIn", R"("NetshResult"=hex(1):)"));
+    const auto result = program.Run("controls\nshow\n");
+    ASSERT_EQ(result.code, 0) << result.err;
+    EXPECT_NE(result.out.find("| Driver Version | 1\\n2 |"), std::string::npos) << result.out;
+    EXPECT_EQ(result.out.find('\r'), std::string::npos);
+}
+
 TEST(Clock, ACommandComesWhenItsTimeHasCome) {
     const Program program(Sample().TcpToChange());
     const auto result = program.Run(

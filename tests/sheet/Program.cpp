@@ -52,7 +52,8 @@ Program::Result Program::RunWith(const std::vector<std::string>& arguments,
     const std::string out = Path("standard-output");
     const std::string err = Path("standard-error");
     const auto quoted = [](const std::string& word) { return " '" + word + "'"; };
-    std::string command = quoted(SHEET_PROGRAM);
+    // The samples' scripts name files from the root of the tree.
+    std::string command = "cd" + quoted(SOURCE_DIR) + " &&" + quoted(SHEET_PROGRAM);
     for (const std::string& argument : arguments)
         command += quoted(argument);
     command += " <" + quoted(in) + " >" + quoted(out) + " 2>" + quoted(err);

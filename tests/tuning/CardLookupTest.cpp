@@ -27,8 +27,7 @@ TEST(IpoIbPortGuidToMac, TakesTheFirstRuleThatFits) {
     const struct {
         Guid guid;
         ULONG mask;
-        const char* mac;
-        const char* reason;
+        const char *mac, *reason;
         ULONG counter = 0;
         int result = 0;
     } cases[] = {
@@ -95,9 +94,7 @@ TEST(CardLookup, FollowsAPortToItsCard) {
         Sample::Kind kind;
         const char* mac;
         bool card;
-        const char* portGuid;
-        const char* cardGuid;
-        const char* output;
+        const char *portGuid, *cardGuid, *output;
     } cases[] = {
         {Sample::Kind::Ethernet, "00-02-C9-11-22-33", true, "0202c9fffe112233", "0002c90300a5b6c0",
          ""},

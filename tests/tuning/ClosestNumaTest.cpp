@@ -15,9 +15,7 @@ constexpr char kNoContext[] = "init_ctx failed\n";
 
 TEST(FindFastestNuma, MeasuresTheFirstProcessorOfEachSlice) {
     const struct {
-        const char* groups;
-        const char* nodes;
-        const char* ticks;
+        const char *groups, *nodes, *ticks;
         std::size_t measured;
         DWORD closest;
         const char* reason;
@@ -46,8 +44,7 @@ TEST(FindFastestNuma, MeasuresTheFirstProcessorOfEachSlice) {
 
 TEST(FindFastestNuma, AFailedCallHasItsLineAndEverythingIsReleased) {
     const struct {
-        const char* call;
-        const char* error;
+        const char *call, *error;
         const char* output = kNoContext;
         std::uint64_t first = 1;
         int result = 1;

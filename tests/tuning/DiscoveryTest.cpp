@@ -54,19 +54,12 @@ TEST(GetKeysInfo, FillsBothPorts) {
     }
 }
 
-TEST(GetKeysInfo, ACardWithOnePortHasNoSecondAdapter) {
-    TestMachine test(Sample().OnePort(Kind::Ipoib));
-    AdapterContext context = ContextOf();
-    EXPECT_TRUE(GetKeysInfo(context));
-    EXPECT_FALSE(context.second.present);
-    EXPECT_EQ(test.LogBytes(), "") << "the log is only opened for a sibling";
-}
-
-TEST(GetKeysInfo, ReadsTheStoredScenario) {
+TEST(GetKeysInfo, ReadsTheStoredScenarioAndTheKindOfPort) {
     const struct {
         std::string line;
         LONG control;
         const char* reason;
+        bool ethernet = true;
         bool result = true;
     } cases[] = {
         {"\"TuningScenario\"=\"1086\"", 1086, "single port"},
@@ -78,8 +71,11 @@ TEST(GetKeysInfo, ReadsTheStoredScenario) {
         {"\"TuningScenario\"=\"1098 1086\"", 1098, "the later one in the table's order"},
         {"\"TuningScenario\"=\"1095\"", 0, "no scenario's button"},
         {"\"TuningScenario\"=dword:0000043e", 0, "no text"},
-        {"\"Other\"=\"1086\"", 0, "no value"},
-        {"\"TuningScenario\"=\"" + std::string(130, '1') + "\"", 0, "262 bytes", false},
+        {"\"TuningScenario\"=\"" + std::string(130, '1') + "\"", 0, "262 bytes", true, false},
+        {"\"ComponentId\"=\"CVTA\\\\ETH_PORT\"", 0, "capitals"},
+        {"\"ComponentId\"=\"xEtHx\"", 0, "anywhere in the text"},
+        {"\"ComponentId\"=\"CVTA\\\\IPOIB_PORT\"", 0, "another kind", false},
+        {"\"ComponentId\"=\"\"", 0, "an empty component", false},
     };
     for (const auto& c : cases) {
         SCOPED_TRACE(c.reason);
@@ -87,21 +83,8 @@ TEST(GetKeysInfo, ReadsTheStoredScenario) {
         AdapterContext context = ContextOf();
         EXPECT_EQ(GetKeysInfo(context), c.result);
         EXPECT_EQ(context.scenarioControl, c.control);
+        EXPECT_EQ(context.first.isEthernet, c.ethernet);
         EXPECT_EQ(static_cast<bool>(context.first.key), c.result);
-    }
-}
-
-TEST(GetKeysInfo, TellsTheKindByTheComponentInAnyCase) {
-    const struct {
-        std::string component;
-        bool ethernet;
-    } cases[] = {
-        {"CVTA\\\\ETH_PORT", true}, {"xEtHx", true}, {"CVTA\\\\IPOIB_PORT", false}, {"", false}};
-    for (const auto& c : cases) {
-        TestMachine test(Sample().PortValue(1, "\"ComponentId\"=\"" + c.component + "\""));
-        AdapterContext context = ContextOf();
-        EXPECT_TRUE(GetKeysInfo(context));
-        EXPECT_EQ(context.first.isEthernet, c.ethernet) << c.component;
     }
 }
 
@@ -134,6 +117,7 @@ TEST(GetKeysInfo, FindsTheSibling) {
         AdapterContext context = ContextOf();
         EXPECT_TRUE(GetKeysInfo(context));
         EXPECT_EQ(context.second.present, c.found);
+        EXPECT_EQ(test.LogBytes().empty(), !c.found) << "the log is only opened for a sibling";
         EXPECT_EQ(context.second.instanceId, Wide(c.found ? port2 : ""));
     }
 }
@@ -160,8 +144,7 @@ TEST(FindAdapter, LogsWhyItFailed) {
         const char* call;
         DWORD error;
         LONG result;
-        std::string ofNetKey;
-        std::string ofGuid;
+        std::string ofNetKey, ofGuid;
     } cases[] = {
         {"RegOpenKeyExW", 2, 2, noKey + kNetworkPath, noKey + kClassPath},
         {"RegOpenKeyExW", 5, 5, noAccess + kNetworkPath, noAccess + kClassPath},

@@ -77,8 +77,7 @@ TEST(PerformancePage, StartsWithTheStoredScenarioAndWhatThePortsAllow) {
         Sample sample;
         const char* stored;
         std::vector<int> checked;
-        bool dual;
-        bool forwarding;
+        bool dual, forwarding;
         const char* reason;
     } cases[] = {
         {ethernets, "", {IDC_BALANCED}, true, true, "two of a kind"},
@@ -158,8 +157,7 @@ TEST(PerformancePage, EachChoiceRunsItsScenario) {
     const struct {
         Kind kind;
         int choice;
-        const char16_t* stored1;
-        const char16_t* stored2;
+        const char16_t *stored1, *stored2;
     } cases[] = {
         {Kind::Ethernet, IDC_SINGLE_PORT, u"1086", u"-"},
         {Kind::Ethernet, IDC_DUAL_PORT, u"1087", u"1087"},

@@ -15,39 +15,37 @@ std::string Repeated(const std::string& field, int times) {
 
 TEST(Processors, StandInTheRowsOfTheirNodes) {
     const struct {
-        const char* groups;
-        const char* nodes;
+        const char *groups, *nodes;
         DWORD highest;
         std::vector<std::vector<BYTE>> rows;
+        const char *failing = "", *output = "";
     } cases[] = {
         {"8", "0,0,0,0,0,0,0,0", 0, {{0, 1, 2, 3, 4, 5, 6, 7}}},
         {"8", "0,1,0,1,0,1,0,1", 1, {{0, 2, 4, 6}, {1, 3, 5, 7}}},
         {"4,4", "0,0,0,0,1,1,1,1", 1, {{0, 1, 2, 3}, {4, 5, 6, 7}}},
         {"4", "0,0,2,2", 2, {{0, 1}, {}, {2, 3}}},
+        {"2",
+         "0,1",
+         0,
+         {{}},
+         "GetNumaHighestNodeNumber",
+         "GetNumaHighestNodeNumber failed gle = 31\n"},
     };
     for (const auto& c : cases) {
         SCOPED_TRACE(c.nodes);
         TestMachine test(Sample().Processors(c.groups, c.nodes));
+        test.machine.faults.FailCalls(c.failing, u"", 31);
         ProcessorsInfo table;
         ASSERT_TRUE(GetProcessorsInfo(nullptr, table));
+        EXPECT_EQ(table.processorCount, (std::string(c.nodes).size() + 1) / 2);
         EXPECT_EQ(table.highestNode, c.highest);
         for (std::size_t node = 0; node < c.rows.size(); ++node) {
             const NumaNodeRow& row = table.nodes[node];
             EXPECT_EQ(std::vector<BYTE>(row.processors, row.processors + row.count), c.rows[node])
                 << "node " << node;
         }
+        EXPECT_EQ(Output(test), c.output);
     }
-}
-
-TEST(Processors, AMachineWithoutNumaAnswersGivesAnEmptyTable) {
-    TestMachine test;
-    test.machine.faults.FailCalls("GetNumaHighestNodeNumber", u"", 31);
-    ProcessorsInfo table;
-    EXPECT_EQ(Logged(test, [&](LogStream* log) { EXPECT_TRUE(GetProcessorsInfo(log, table)); }),
-              Lines());
-    EXPECT_EQ(table.processorCount, 8u);
-    EXPECT_EQ(table.nodes[0].count, 0);
-    EXPECT_EQ(Output(test), "GetNumaHighestNodeNumber failed gle = 31\n");
 }
 
 TEST(Processors, AMachineBeyondTheTableIsRefused) {

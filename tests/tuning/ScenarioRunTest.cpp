@@ -49,8 +49,7 @@ TEST(TunePerformance, TellsWhereThePortsArePlaced) {
         const char* nodes;
         std::string ticks1;  // each port has a card of its own
         std::string ticks2;
-        int closest1, closest2;
-        int opposite;
+        int closest1, closest2, opposite;
         const char* reason;
     } cases[] = {
         {"0,0,0,0,0,0", "1", "1", kNone, kNone, kNone, "one node isn't measured"},
@@ -135,11 +134,8 @@ TEST(TunePerformance, RestoresWhatTheScenarioTouches) {
 TEST(TunePerformance, ARefusedRunRepeatsItsLastFormattedLine) {
     constexpr int kFails = -2;
     const struct {
-        const char* groups;
-        const char* nodes;
-        const char* ticks;
-        int closest;
-        int scenario;
+        const char *groups, *nodes, *ticks;
+        int closest, scenario;
         const char* name;
         bool restored;
         std::string refusal;
@@ -173,11 +169,8 @@ TEST(TunePerformance, ARefusedRunRepeatsItsLastFormattedLine) {
 
 TEST(TunePerformance, ADualRunPutsTheLowerAddressFirst) {
     const struct {
-        const char* mac1;
-        const char* mac2;
-        const char* failing;
-        int scenario;
-        int first;
+        const char *mac1, *mac2, *failing;
+        int scenario, first;
         const char* reason;
     } cases[] = {
         {"00-02-C9-11-22-33", "00-02-C9-11-22-34", "", DUAL_PORT_STREAM, 1, "in order"},

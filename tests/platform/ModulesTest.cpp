@@ -1,33 +1,8 @@
-// Resources of modules, and the modules themselves.
+// Modules: when their entry point runs, and when it is over with them.
 
 #include "DesktopMachine.h"
 
 namespace {
-
-TEST(Resources, StringsAreFoundByTheirBlock) {
-    Bytes block;  // of 16 strings, as counted texts
-    for (const std::u16string_view text : {u"", u"one", u"%1%n", u"", u"", u"", u"", u"", u"", u"",
-                                           u"", u"", u"", u"", u"", u"the last"}) {
-        block.Word(static_cast<unsigned>(text.size()));
-        for (const char16_t unit : text)
-            block.Word(unit);
-    }
-    const DesktopMachine desktop(
-        ResourceFile().Add(Bytes().Ordinal(6), Bytes().Ordinal(7), block.data));
-    const struct {
-        UINT id;
-        int capacity, copied;
-        std::u16string text;
-    } cases[] = {
-        {97, 16, 3, u"one"},       {97, 3, 2, u"on"},       {96, 16, 0, u"before"},
-        {111, 64, 8, u"the last"}, {112, 16, 0, u"before"},
-    };
-    for (const auto& c : cases) {
-        WCHAR text[64] = TEXT("before");
-        EXPECT_EQ(LoadStringW(desktop.module, c.id, text, c.capacity), c.copied) << c.id;
-        EXPECT_EQ(std::u16string(text), c.text) << c.id;
-    }
-}
 
 // An image that notes how often its entry point was called with which reason.
 std::vector<DWORD> g_reasons;
@@ -36,6 +11,7 @@ BOOL WINAPI Entry(HINSTANCE, DWORD reason, LPVOID) {
     g_reasons.push_back(reason);
     return reason != DLL_PROCESS_ATTACH || g_attaches;
 }
+
 class ModulesTest : public testing::Test {
   protected:
     ModulesTest() {
