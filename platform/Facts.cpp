@@ -90,7 +90,7 @@ std::optional<Text> MachineText(const Text& path, const WCHAR* value) {
     const auto found = ReadValue(path, value);
     if (!found || found->type != REG_SZ) return std::nullopt;
     Text text(found->data.size() / sizeof(WCHAR), TEXT('\0'));
-    std::memcpy(text.data(), found->data.data(), text.size() * sizeof(WCHAR));
+    if (!text.empty()) std::memcpy(text.data(), found->data.data(), text.size() * sizeof(WCHAR));
     return text.substr(0, text.find(TEXT('\0')));
 }
 

@@ -37,10 +37,18 @@ std::u32string Field(const std::u32string& text, int width, const std::u32string
     return U"[" + field + end + U"]";
 }
 
+// A text that has to stand in one line: what would break or tear it becomes a blank.
+std::u32string OneLine(const Text& text) {
+    std::u32string points = CodePoints(text);
+    std::replace_if(
+        points.begin(), points.end(), [](char32_t point) { return point < U' '; }, U' ');
+    return points;
+}
+
 std::vector<std::u32string> ListLines(const Control& control) {
     std::vector<std::u32string> lines;
     for (const Entry& entry : EntriesOf(control))
-        lines.push_back((entry.isSelected ? U"> " : U"  ") + CodePoints(entry.text));
+        lines.push_back((entry.isSelected ? U"> " : U"  ") + OneLine(entry.text));
     return lines;
 }
 
@@ -52,7 +60,7 @@ std::vector<std::u32string> TableLines(const Control& control, int width) {
     const auto add = [&](const std::u32string& mark, const std::vector<Text>& cells) {
         table.emplace_back();
         for (std::size_t i = 0; i < cells.size() && i < widths.size(); ++i) {
-            table.back().push_back((i == 0 ? mark : U"") + CodePoints(cells[i]));
+            table.back().push_back((i == 0 ? mark : U"") + OneLine(cells[i]));
             widths[i] = std::max(widths[i], table.back().back().size());
         }
     };

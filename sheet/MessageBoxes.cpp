@@ -44,6 +44,14 @@ int DefaultAnswer(UINT style) {
     return buttons[std::min(index, buttons.size() - 1)];
 }
 
+int CautiousAnswer(UINT style) {
+    const std::vector<int> buttons = ButtonsOf(style);
+    for (const int cautious : {IDCANCEL, IDNO}) {
+        if (std::find(buttons.begin(), buttons.end(), cautious) != buttons.end()) return cautious;
+    }
+    return buttons.front();
+}
+
 std::optional<int> ButtonNamed(std::string_view name) {
     for (const auto& button : kButtons) {
         if (name == button.name) return button.id;

@@ -21,6 +21,8 @@ struct Box {
 std::vector<int> ButtonsOf(UINT style);
 // OK or Yes, or on a box without them its default button.
 int DefaultAnswer(UINT style);
+// The answer that lets the least happen: Cancel or No, or on a box without them its first button.
+int CautiousAnswer(UINT style);
 // "ok" for IDOK and so on; nothing for a name that is no button.
 std::optional<int> ButtonNamed(std::string_view name);
 const char* NameOfButton(int id);

@@ -11,7 +11,7 @@ constexpr DWORD kNameCapacity = 16384;
 
 Text TextOf(const std::vector<BYTE>& data) {
     Text text(data.size() / sizeof(WCHAR), TEXT('\0'));
-    std::memcpy(text.data(), data.data(), text.size() * sizeof(WCHAR));
+    if (!text.empty()) std::memcpy(text.data(), data.data(), text.size() * sizeof(WCHAR));
     return text.substr(0, text.find(TEXT('\0')));
 }
 

@@ -44,7 +44,7 @@ int Session::Run(const std::optional<Text>& instanceId) {
 
 int Session::OnMessageBox(const Box& box) {
     const std::vector<int> buttons = ButtonsOf(box.style);
-    int answer = DefaultAnswer(box.style);
+    int answer = AnswerUnasked(box.style);
     if (!m_answers.empty()) {
         const std::optional<int> queued = m_answers.front();
         m_answers.pop_front();
@@ -55,12 +55,18 @@ int Session::OnMessageBox(const Box& box) {
         if (queued && std::find(buttons.begin(), buttons.end(), *queued) == buttons.end()) {
             Refuse("the box \"" + ToUtf8(box.caption) + "\" has no button " + NameOfButton(*queued),
                    m_script.Place());
+            answer = AnswerUnasked(box.style);
         } else if (queued) {
             answer = *queued;
         }
     }
     Print(DescribeBox(box, answer));
     return answer;
+}
+
+// After a refusal nothing that was under way is carried on.
+int Session::AnswerUnasked(UINT style) const {
+    return m_exitCode == kExitRefused ? CautiousAnswer(style) : DefaultAnswer(style);
 }
 
 void Session::AnswerBox(int button) {
@@ -122,7 +128,7 @@ void Session::Refuse(const std::string& reason, const std::string& place) {
 bool Session::Close() {
     if (++m_closingSteps > kMostClosingSteps) return false;
     if (!m_boxes.empty()) {
-        AnswerBox(DefaultAnswer(m_boxes.back().style));
+        AnswerBox(AnswerUnasked(m_boxes.back().style));
         return true;
     }
     Sheet* const sheet = m_sheets.Current();

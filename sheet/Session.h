@@ -60,6 +60,7 @@ class Session {
         std::string place;
     };
 
+    int AnswerUnasked(UINT style) const;
     void Do(const std::string& line, const std::string& place);
     void Refuse(const std::string& reason, const std::string& place);
     bool DoWhatIsDue();

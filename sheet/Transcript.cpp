@@ -10,7 +10,7 @@ std::string Field(TextView text) {
         const WCHAR unit = text[i];
         const bool breaks = unit == TEXT('\r') && i + 1 < text.size() && text[i + 1] == TEXT('\n');
         if (breaks) continue;
-        if (unit == TEXT('\n')) {
+        if (unit == TEXT('\n') || unit == TEXT('\r')) {
             escaped += TEXT("\\n");
             continue;
         }
