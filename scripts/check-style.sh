@@ -1,6 +1,7 @@
 #!/usr/bin/env bash
-# format: all sources are as clang-format leaves them. tidy: clang-tidy has nothing to say about the
-# product. limits: no file has grown past its limit, and the library stays plain Windows code.
+# format: all sources are as clang-format leaves them. tidy [FOLDER...]: clang-tidy has nothing to say
+# about the product and sheet, or about those folders. limits: no file has grown past its limit, and
+# the library stays plain Windows code.
 set -euo pipefail
 cd "$(dirname "$0")/.."
 sources() { git ls-files --cached --others --exclude-standard -- "$@" | grep -E '\.(cpp|h)$'; }
@@ -10,7 +11,9 @@ format)
     ;;
 tidy)
     [ -f build/host-sanitized/compile_commands.json ] || { echo "build the host first"; exit 1; }
-    sources frame tuning pages netconfig sheet platform | grep '\.cpp$' | grep -v '^sheet/windows/' |
+    shift
+    [ $# -gt 0 ] || set -- frame tuning pages netconfig sheet
+    sources "$@" | grep '\.cpp$' | grep -v '^sheet/windows/' |
         xargs -P "$(nproc)" -n 3 clang-tidy --quiet --extra-arg=-Wno-unknown-warning-option -p build/host-sanitized 2>/dev/null
     ;;
 limits)
