@@ -8,7 +8,9 @@
 namespace {
 
 void PrintLine(DWORD stream, const char* format, va_list arguments) {
-    char line[1024];
+    // Cleared, since a wide text beyond the runtime's code page ends the formatting where it
+    // stands.
+    char line[1024] = {};
     StringCchVPrintfA(line, ARRAYSIZE(line), format, arguments);
     size_t length = 0;
     StringCchLengthA(line, ARRAYSIZE(line), &length);

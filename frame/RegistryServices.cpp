@@ -12,10 +12,6 @@
 
 namespace {
 
-bool IsText(DWORD type) {
-    return type == REG_SZ || type == REG_EXPAND_SZ;
-}
-
 // Ends the text at its first terminator, or after `length` characters. False when there is no room
 // for that.
 bool Terminate(LPWSTR buffer, size_t capacity, size_t length) {
@@ -49,12 +45,11 @@ HRESULT SystemFailure(LONG error) {
 }  // namespace
 
 LONG ReadRegistryText(HKEY key, LPCWSTR name, LPWSTR buffer, size_t capacity, DWORD limit) {
-    DWORD type = REG_NONE;
+    std::fill_n(buffer, capacity, WCHAR{0});
     DWORD size = static_cast<DWORD>(std::min<size_t>(limit, capacity * sizeof(WCHAR)));
     LONG error =
-        RegQueryValueExW(key, name, nullptr, &type, reinterpret_cast<BYTE*>(buffer), &size);
-    if (error == ERROR_SUCCESS && !IsText(type)) error = ERROR_UNSUPPORTED_TYPE;
-    if (error == ERROR_SUCCESS && !Terminate(buffer, capacity, size / sizeof(WCHAR)))
+        RegQueryValueExW(key, name, nullptr, nullptr, reinterpret_cast<BYTE*>(buffer), &size);
+    if (error == ERROR_SUCCESS && !Terminate(buffer, capacity, (size + 1) / sizeof(WCHAR)))
         error = ERROR_MORE_DATA;
     if (error != ERROR_SUCCESS) buffer[0] = 0;
     return error;

@@ -6,6 +6,7 @@
 
 #include "../resources/resource.h"
 #include "AdapterContext.h"
+#include "AutoClasses.h"
 #include "InformationFile.h"
 #include "InformationPoll.h"
 #include "LibraryState.h"
@@ -18,15 +19,25 @@ namespace {
 
 constexpr struct {
     LPCWSTR title;
-    int width;  // pixels
+    int width;  // pixels of a screen with kUsualDots
 } kColumns[] = {{TEXT("Information"), 200}, {TEXT("Value"), 130}};
 
+constexpr int kUsualDots = 96;  // an inch
+
+// The screen's, an inch; the usual ones when it doesn't tell.
+int ScreenDots() {
+    const ScopedScreen screen(GetDC(nullptr));
+    const int dots = screen ? GetDeviceCaps(screen.Get(), LOGPIXELSX) : 0;
+    return dots > 0 ? dots : kUsualDots;
+}
+
 bool InsertColumns(HWND list) {
+    const int dots = ScreenDots();
     for (size_t i = 0; i < ARRAYSIZE(kColumns); ++i) {
         LVCOLUMNW column = {};
         column.mask = LVCF_FMT | LVCF_WIDTH | LVCF_TEXT | LVCF_SUBITEM;
         column.fmt = LVCFMT_LEFT;
-        column.cx = kColumns[i].width;
+        column.cx = kColumns[i].width * dots / kUsualDots;
         column.pszText = const_cast<LPWSTR>(kColumns[i].title);
         column.iSubItem = static_cast<int>(i);
         if (SendMessageW(list, LVM_INSERTCOLUMNW, i, reinterpret_cast<LPARAM>(&column)) == -1)

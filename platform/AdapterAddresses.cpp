@@ -30,7 +30,7 @@ std::optional<std::vector<Adapter>> ReadAdapters() {
     for (NetworkInterface& facts : *interfaces) {
         if (facts.isHidden) continue;
         Adapter adapter;
-        for (const std::u16string& text : facts.unicastAddresses) {
+        for (const std::basic_string<WCHAR>& text : facts.unicastAddresses) {
             auto address = ParseIpAddress(ToUtf8(text));
             if (!address) return std::nullopt;
             adapter.addresses.push_back(std::move(*address));

@@ -17,12 +17,12 @@ void SetQuiet(int depth) {
 
 }  // namespace
 
-Call::Call(const char* name, const char16_t* argument, DWORD ordinary)
+Call::Call(const char* name, const WCHAR* argument, DWORD ordinary)
     : machine(Machine::Current()), m_name(name) {
     const bool counts = t_quiet == 0;
     SetQuiet(t_quiet + 1);
     if (counts) {
-        machine.scheduler.Yield();
+        machine.scheduler.PassOn();
         const std::u16string_view text = argument ? argument : u"";
         const std::optional<DWORD> error = machine.faults.Ask(name, text, ordinary);
         if (error) {

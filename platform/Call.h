@@ -21,7 +21,7 @@ class Call {
   public:
     // argument: the text that tells this call from others of its name (a value, a path), or null.
     // ordinary: the error with which it fails when a fault names none.
-    explicit Call(const char* name, const char16_t* argument = nullptr, DWORD ordinary = 31);
+    explicit Call(const char* name, const WCHAR* argument = nullptr, DWORD ordinary = 31);
     ~Call();
     Call(const Call&) = delete;
     Call& operator=(const Call&) = delete;

@@ -38,4 +38,9 @@ void ChargeClock(DWORD milliseconds) {
     Machine::Current().scheduler.Advance(milliseconds);
 }
 
+// All nodes of the machine are of the tree.
+std::basic_string<WCHAR> ForeignNodeId(DEVINST) {
+    return {};
+}
+
 }  // namespace platform

@@ -1,10 +1,12 @@
 #pragma once
-// What the processors and the access layer ask of whatever carries them. Here that is the machine;
-// where they are lent to a real Windows it is that Windows.
+// What the processors, the access layer and the device tree ask of whatever carries them. Here that
+// is the machine; where they are lent to a real Windows it is that Windows.
 
 #include <optional>
+#include <string>
 
 #include <windows.h>
+#include <cfgmgr32.h>
 
 namespace platform {
 
@@ -15,5 +17,7 @@ DWORD PinThread(HANDLE thread, const GROUP_AFFINITY& affinity);
 std::optional<GROUP_AFFINITY> PinnedTo(HANDLE thread);
 // Lets time pass.
 void ChargeClock(DWORD milliseconds);
+// The instance id of a device node that isn't of the tree, but was numbered elsewhere; else empty.
+std::basic_string<WCHAR> ForeignNodeId(DEVINST node);
 
 }  // namespace platform

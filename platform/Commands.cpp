@@ -21,7 +21,7 @@ constexpr UINT kMinusOne = ~UINT{0};
 UINT ResultOf(std::size_t n) {
     const auto text = FactText({}, TEXT("NetshResult"));
     if (!text) return kStarted;
-    const std::vector<std::u16string> fields = SplitFields(*text, TEXT(','));
+    const std::vector<std::basic_string<WCHAR>> fields = SplitFields(*text, TEXT(','));
     if (fields.empty()) return kStarted;
     const auto result = ParseNumber(fields[std::min(n, fields.size() - 1)]);
     if (!result || *result < -1 || *result > 0x7FFFFFFF) return ERROR_INVALID_DATA;

@@ -13,11 +13,19 @@ DeviceTree& Tree() {
     return Machine::Current().Get<DeviceTree>();
 }
 
+// The text by which a call that concerns a node is told from others. Asked before the Call. The
+// node becomes the tree's own.
+DeviceId NameOf(DEVINST& node) {
+    const QuietScope quiet;
+    node = Tree().Adopt(node);
+    return Tree().Id(node);
+}
+
 using Step = DEVINST (DeviceTree::*)(DEVINST);
 
 // From one node to another. flags: none exist.
 CONFIGRET Walk(const char* name, Step step, PDEVINST result, DEVINST node, ULONG flags) {
-    const DeviceId id = Tree().Id(node);
+    const DeviceId id = NameOf(node);
     Call call(name, id.c_str(), CR_FAILURE);
     if (call.Failed()) return call.Error();
     if (result == nullptr) return CR_INVALID_POINTER;
@@ -65,7 +73,7 @@ CONFIGRET WINAPI CM_Get_Sibling_Ex(PDEVINST sibling, DEVINST node, ULONG flags, 
 
 CONFIGRET WINAPI CM_Get_Device_ID_ExW(DEVINST node, PWSTR buffer, ULONG bufferLength, ULONG flags,
                                       HMACHINE) {
-    const DeviceId id = Tree().Id(node);
+    const DeviceId id = NameOf(node);
     Call call("CM_Get_Device_ID_ExW", id.c_str(), CR_FAILURE);
     if (call.Failed()) return call.Error();
     if (buffer == nullptr) return CR_INVALID_POINTER;
@@ -78,7 +86,7 @@ CONFIGRET WINAPI CM_Get_Device_ID_ExW(DEVINST node, PWSTR buffer, ULONG bufferLe
 
 CONFIGRET WINAPI CM_Get_DevNode_Registry_PropertyW(DEVINST node, ULONG property, PULONG type,
                                                    PVOID buffer, PULONG length, ULONG flags) {
-    const DeviceId id = Tree().Id(node);
+    const DeviceId id = NameOf(node);
     Call call("CM_Get_DevNode_Registry_PropertyW", id.c_str(), CR_NO_SUCH_VALUE);
     if (call.Failed()) return call.Error();
     if (length == nullptr || (buffer == nullptr && *length != 0)) return CR_INVALID_POINTER;

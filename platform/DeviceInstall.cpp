@@ -4,7 +4,8 @@
 
 #include <algorithm>
 #include <cstddef>
-#include <cstring>
+
+#include "DeviceStates.h"
 
 using namespace platform;
 
@@ -221,14 +222,8 @@ BOOL WINAPI SetupDiSetClassInstallParamsW(HDEVINFO list, PSP_DEVINFO_DATA device
         element->change.reset();
         return TRUE;
     }
-    if (parameters->cbSize != sizeof *parameters) return Fail(ERROR_INVALID_USER_BUFFER);
-    SP_PROPCHANGE_PARAMS change;
-    if (parameters->InstallFunction != DIF_PROPERTYCHANGE || size < sizeof change)
-        return Fail(ERROR_INVALID_PARAMETER);
-    std::memcpy(&change, parameters, sizeof change);
-    const bool state = change.StateChange == DICS_ENABLE || change.StateChange == DICS_DISABLE;
-    const bool scope = change.Scope == DICS_FLAG_GLOBAL || change.Scope == DICS_FLAG_CONFIGSPECIFIC;
-    if (!state || !scope) return Fail(ERROR_INVALID_PARAMETER);
+    const auto change = ReadStateChange(parameters, size, error);
+    if (!change) return Fail(error);
     element->change = change;
     return TRUE;
 }
@@ -243,6 +238,6 @@ BOOL WINAPI SetupDiCallClassInstaller(DI_FUNCTION function, HDEVINFO list,
     if (element == nullptr) return Fail(error);
     if (function != DIF_PROPERTYCHANGE) return Fail(ERROR_CALL_NOT_IMPLEMENTED);
     if (!element->change) return Fail(ERROR_NO_CLASSINSTALL_PARAMS);
-    Lists().ChangeState(element->id, *element->change);
+    call.machine.Get<DeviceStates>().Change(element->id, *element->change);
     return TRUE;
 }

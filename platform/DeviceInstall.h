@@ -1,10 +1,8 @@
 #pragma once
-// The open lists of devices, and which devices are disabled.
+// The open lists of devices.
 
 #include <map>
 #include <optional>
-#include <set>
-#include <utility>
 #include <vector>
 
 #include <windows.h>
@@ -44,16 +42,9 @@ class DeviceLists : public Part {
     // error.
     DeviceElement* Add(DeviceList& list, const DeviceId& id, DWORD& error);
 
-    // The device becomes enabled or disabled in one scope. It runs when no scope disables it, and
-    // has been restarted when this makes it run again: the fact key Restarts counts that.
-    void ChangeState(const DeviceId& id, const SP_PROPCHANGE_PARAMS& change);
-
   private:
-    bool IsDisabled(const DeviceId& key) const;
-
     std::map<HDEVINFO, DeviceList> m_open;
     ULONG_PTR m_next = 0x100;
-    std::set<std::pair<DeviceId, DWORD>> m_disabled;  // folded id, DICS_FLAG_...
 };
 
 // The path of a device's interface: "\\?\", the id with '#' for each backslash, '#' and the class;

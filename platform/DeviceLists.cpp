@@ -8,7 +8,6 @@ namespace platform {
 namespace {
 
 constexpr const char* kListKind = "device list";
-const DeviceId kRestarts = TEXT("Restarts");
 
 GUID ClassOf(const DeviceId& id) {
     GUID guid = {};
@@ -63,23 +62,6 @@ DeviceElement* DeviceLists::Add(DeviceList& list, const DeviceId& id, DWORD& err
     if (list.classGuid && !IsEqualGUID(*list.classGuid, classGuid)) return nullptr;
     list.elements.push_back({spelling, node, classGuid, {}, {}});
     return &list.elements.back();
-}
-
-bool DeviceLists::IsDisabled(const DeviceId& key) const {
-    return m_disabled.contains({key, DICS_FLAG_GLOBAL}) ||
-           m_disabled.contains({key, DICS_FLAG_CONFIGSPECIFIC});
-}
-
-void DeviceLists::ChangeState(const DeviceId& id, const SP_PROPCHANGE_PARAMS& change) {
-    const DeviceId key = FoldId(id);
-    const bool wasDisabled = IsDisabled(key);
-    if (change.StateChange == DICS_DISABLE)
-        m_disabled.emplace(key, change.Scope);
-    else
-        m_disabled.erase({key, change.Scope});
-    if (!wasDisabled || IsDisabled(key)) return;
-    const DWORD restarts = FactNumber(kRestarts, id.c_str()).value_or(0);
-    WriteMachineNumber(FactPath(kRestarts), id.c_str(), restarts + 1);
 }
 
 DeviceId InterfacePath(const DeviceId& id, const GUID& interfaceClass) {

@@ -3,6 +3,7 @@
 #include <algorithm>
 #include <utility>
 
+#include "Carrier.h"
 #include "Facts.h"
 #include "RegistryGeneration.h"
 
@@ -163,9 +164,9 @@ DEVINST DeviceTree::Number(const DeviceId& key, const DeviceId& spelling, bool i
     DEVINST& number = m_numbers[{key, isRoot}];
     if (number == 0) {
         m_nodes.push_back({key, isRoot, spelling});
-        number = static_cast<DEVINST>(m_nodes.size());
+        number = kFirstNode + static_cast<DEVINST>(m_nodes.size() - 1);
     }
-    m_nodes[number - 1].spelling = spelling;
+    m_nodes[number - kFirstNode].spelling = spelling;
     return number;
 }
 
@@ -175,7 +176,8 @@ DEVINST DeviceTree::NumberOf(const Devices& devices, const DeviceId& key) {
 }
 
 const DeviceTree::Node* DeviceTree::Find(DEVINST node) const {
-    return node == 0 || node > m_nodes.size() ? nullptr : &m_nodes[node - 1];
+    return node < kFirstNode || node - kFirstNode >= m_nodes.size() ? nullptr
+                                                                    : &m_nodes[node - kFirstNode];
 }
 
 DEVINST DeviceTree::Locate(const DeviceId& id) {
@@ -184,6 +186,10 @@ DEVINST DeviceTree::Locate(const DeviceId& id) {
     const DeviceId key = FoldId(id);
     const DEVINST listed = NumberOf(RowsNow(), key);
     return listed != 0 ? listed : Number(key, *spelling);
+}
+
+DEVINST DeviceTree::Adopt(DEVINST node) {
+    return Find(node) != nullptr ? node : Locate(ForeignNodeId(node));
 }
 
 DeviceId DeviceTree::Id(DEVINST node) const {

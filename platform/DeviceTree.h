@@ -39,6 +39,8 @@ class DeviceTree : public Part {
     DEVINST FirstChild(DEVINST node);
     DEVINST NextSibling(DEVINST node);
 
+    // The tree's own node for a node that may be of the tree or of its carrier; 0 for none.
+    DEVINST Adopt(DEVINST node);
     // Empty when there is no such node.
     DeviceId Id(DEVINST node) const;
 
@@ -58,6 +60,8 @@ class DeviceTree : public Part {
         std::uint64_t generation;
         Devices devices;
     };
+    // Far from the numbers that a system gives.
+    static constexpr DEVINST kFirstNode = 0x5D000000;
     struct Node {
         DeviceId key;  // folded id; of a root: that of its only child
         bool isRoot;
@@ -75,7 +79,7 @@ class DeviceTree : public Part {
     DEVINST NumberOf(const Devices& devices, const DeviceId& key);
     const Node* Find(DEVINST node) const;
 
-    std::vector<Node> m_nodes;  // DEVINST 1 first
+    std::vector<Node> m_nodes;  // kFirstNode first
     std::map<std::pair<DeviceId, bool>, DEVINST> m_numbers;
     std::optional<Snapshot> m_rows;
     std::optional<Snapshot> m_all;

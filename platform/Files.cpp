@@ -24,7 +24,7 @@ bool IsDevicePath(std::u16string_view path) {
 
 // The devices of this machine are its network adapters.
 HANDLE OpenDevice(const Call& call, std::u16string_view path) {
-    auto device = OpenMiniport(path.substr(kDevicePrefix.size()));
+    auto device = OpenMiniport(path);
     if (device) return call.machine.Get<Handles>().Open(std::move(device), call.Name());
     Call::SetLast(ERROR_FILE_NOT_FOUND);
     return INVALID_HANDLE_VALUE;

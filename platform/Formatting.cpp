@@ -6,8 +6,7 @@
 #include <cstdlib>
 #include <cstring>
 #include <string_view>
-
-#include "CodePages.h"
+#include <type_traits>
 
 namespace platform {
 namespace {
@@ -68,7 +67,7 @@ class Formatter {
     Formatter(const C* format, FormatArguments& arguments) : m_at(format), m_arguments(arguments) {}
 
     std::basic_string<C> Run() {
-        while (*m_at != 0) {
+        while (*m_at != 0 && !m_failed) {
             if (*m_at != C('%'))
                 m_text.push_back(*m_at++);
             else
@@ -76,6 +75,7 @@ class Formatter {
         }
         return std::move(m_text);
     }
+    bool Failed() const { return m_failed; }
 
   private:
     void Convert() {
@@ -265,7 +265,7 @@ class Formatter {
     void EmitText(const Conversion& conversion, bool wide) {
         const void* text = m_arguments.NextPointer();
         if (text == nullptr)
-            Pad(conversion, "", Adapt(Bounded(conversion, "(null)")));
+            Pad(conversion, "", Adapt(Bounded<char>(conversion, "(null)")));
         else if (wide)
             Pad(conversion, "", Adapt(Bounded(conversion, static_cast<const char16_t*>(text))));
         else
@@ -295,18 +295,19 @@ class Formatter {
         return {text, length};
     }
 
-    static std::basic_string<C> Adapt(std::u16string_view text) {
-        if constexpr (sizeof(C) > 1)
-            return std::u16string(text);
-        else
-            return ToAnsi(text);
-    }
-
-    static std::basic_string<C> Adapt(std::string_view text) {
-        if constexpr (sizeof(C) > 1)
-            return FromAnsi(text);
-        else
-            return std::string(text);
+    // The runtime's locale is "C": the other width has the first 256 characters and no others.
+    template <class Unit>
+    std::basic_string<C> Adapt(std::basic_string_view<Unit> text) {
+        std::basic_string<C> adapted;
+        for (const Unit unit : text) {
+            const auto character = static_cast<std::make_unsigned_t<Unit>>(unit);
+            if (sizeof(C) < sizeof(Unit) && character > 0xFF) {
+                m_failed = true;
+                break;
+            }
+            adapted.push_back(static_cast<C>(character));
+        }
+        return adapted;
     }
 
     // Zeros stand between prefix and body, whatever the body is.
@@ -324,16 +325,25 @@ class Formatter {
     const C* m_at;
     FormatArguments& m_arguments;
     std::basic_string<C> m_text;
+    bool m_failed = false;
 };
+
+template <class C>
+std::basic_string<C> Format(const C* format, FormatArguments& arguments, bool* failed) {
+    Formatter<C> formatter(format, arguments);
+    std::basic_string<C> text = formatter.Run();
+    if (failed != nullptr) *failed = formatter.Failed();
+    return text;
+}
 
 }  // namespace
 
-std::u16string FormatText(const char16_t* format, FormatArguments& arguments) {
-    return Formatter<char16_t>(format, arguments).Run();
+std::u16string FormatText(const char16_t* format, FormatArguments& arguments, bool* failed) {
+    return Format(format, arguments, failed);
 }
 
-std::string FormatText(const char* format, FormatArguments& arguments) {
-    return Formatter<char>(format, arguments).Run();
+std::string FormatText(const char* format, FormatArguments& arguments, bool* failed) {
+    return Format(format, arguments, failed);
 }
 
 }  // namespace platform

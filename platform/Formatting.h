@@ -1,8 +1,8 @@
 #pragma once
 // Formatted text with the meaning that the Windows C runtime gives to a format: %s takes text of
 // the format's own width, %S of the other; %hs is always narrow, %ls and %ws are always wide; a
-// null text is "(null)"; %p is sixteen capital digits. Text of the other width goes through the
-// ANSI code page.
+// null text is "(null)"; %p is sixteen capital digits. Text of the other width is converted as in
+// that runtime's "C" locale: the first 256 characters stand for themselves.
 
 #include <cstdarg>
 #include <cstdint>
@@ -37,7 +37,9 @@ class VariadicArguments : public FormatArguments {
     va_list m_list;
 };
 
-std::u16string FormatText(const char16_t* format, FormatArguments& arguments);
-std::string FormatText(const char* format, FormatArguments& arguments);
+// failed: told whether a character that the locale lacks has ended the text early; may be null.
+std::u16string FormatText(const char16_t* format, FormatArguments& arguments,
+                          bool* failed = nullptr);
+std::string FormatText(const char* format, FormatArguments& arguments, bool* failed = nullptr);
 
 }  // namespace platform

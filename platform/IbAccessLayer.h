@@ -89,6 +89,7 @@ void LookAtDoorbells();
 
 }  // namespace platform
 
+extern "C" {
 unsigned WINAPI ib_open_al(void** al);
 unsigned WINAPI ib_get_ca_guids(void* al, platform::Net64* guids, SIZE_T* count);
 unsigned WINAPI ib_open_ca(void* al, platform::Net64 guid, void* eventCallback, void* context,
@@ -112,3 +113,4 @@ unsigned WINAPI ib_dereg_mr(void* region);
 unsigned WINAPI ib_dealloc_pd(void* pd, void* callback);
 unsigned WINAPI ib_close_ca(void* ca, void* callback);
 unsigned WINAPI ib_close_al(void* al);
+}

@@ -1,13 +1,14 @@
+#include <winsock2.h>
+#include <ws2tcpip.h>
+#include <windows.h>
+#include <iphlpapi.h>
+#include <objbase.h>
+
 #include "Interfaces.h"
 
 #include <algorithm>
 #include <map>
 #include <memory>
-
-#include <winsock2.h>
-#include <ws2tcpip.h>
-#include <iphlpapi.h>
-#include <objbase.h>
 
 #include "Call.h"
 #include "Facts.h"
@@ -18,9 +19,9 @@ namespace {
 constexpr std::size_t kHexDigits = 2;
 
 // 00-02-C9-11-22-33, of up to 32 bytes. Nothing when it isn't that.
-std::optional<std::vector<BYTE>> ParseAddress(const std::u16string& text) {
+std::optional<std::vector<BYTE>> ParseAddress(const std::basic_string<WCHAR>& text) {
     std::vector<BYTE> address;
-    for (const std::u16string& field : SplitFields(text, TEXT('-'))) {
+    for (const std::basic_string<WCHAR>& field : SplitFields(text, TEXT('-'))) {
         const auto byte = ParseNumber(TEXT("0x") + field);
         if (!byte || field.size() != kHexDigits || address.size() == IF_MAX_PHYS_ADDRESS_LENGTH)
             return std::nullopt;
@@ -29,34 +30,34 @@ std::optional<std::vector<BYTE>> ParseAddress(const std::u16string& text) {
     return address;
 }
 
-std::u16string ConnectionName(const std::u16string& guid) {
-    const std::u16string key = TEXT(
+std::basic_string<WCHAR> ConnectionName(const std::basic_string<WCHAR>& guid) {
+    const std::basic_string<WCHAR> key = TEXT(
         "SYSTEM\\CurrentControlSet\\Control\\Network\\{4D36E972-E325-11CE-BFC1-08002BE10318}\\");
-    return MachineText(key + guid + TEXT("\\Connection"), TEXT("Name")).value_or(u"");
+    return MachineText(key + guid + TEXT("\\Connection"), TEXT("Name")).value_or(TEXT(""));
 }
 
 NetworkInterface Loopback() {
     NetworkInterface loopback;
-    loopback.name = u"{00000000-0000-0000-0000-000000000000}";
-    loopback.alias = u"Loopback Pseudo-Interface 1";
-    loopback.description = u"Software Loopback Interface 1";
+    loopback.name = TEXT("{00000000-0000-0000-0000-000000000000}");
+    loopback.alias = TEXT("Loopback Pseudo-Interface 1");
+    loopback.description = TEXT("Software Loopback Interface 1");
     loopback.isLoopback = true;
     loopback.isUp = true;
-    loopback.unicastAddresses = {u"::1", u"127.0.0.1"};
+    loopback.unicastAddresses = {TEXT("::1"), TEXT("127.0.0.1")};
     return loopback;
 }
 
 // False when an address can't be read.
-bool ReadInterface(const std::u16string& name, NetworkInterface& adapter) {
-    const std::u16string key = TEXT("Interfaces\\") + name;
+bool ReadInterface(const std::basic_string<WCHAR>& name, NetworkInterface& adapter) {
+    const std::basic_string<WCHAR> key = TEXT("Interfaces\\") + name;
     const auto alias = FactText(key, TEXT("Alias"));
     adapter.alias = alias ? *alias : ConnectionName(name);
-    adapter.description = FactText(key, TEXT("Description")).value_or(u"");
+    adapter.description = FactText(key, TEXT("Description")).value_or(TEXT(""));
     adapter.isUp = FactNumber(key, TEXT("Up")).value_or(1) != 0;
     adapter.isHidden = FactNumber(key, TEXT("Hidden")).value_or(0) != 0;
     adapter.unicastAddresses =
-        SplitFields(FactText(key, TEXT("Addresses")).value_or(u""), TEXT(';'));
-    const auto permanent = ParseAddress(FactText(key, TEXT("PermanentAddress")).value_or(u""));
+        SplitFields(FactText(key, TEXT("Addresses")).value_or(TEXT("")), TEXT(';'));
+    const auto permanent = ParseAddress(FactText(key, TEXT("PermanentAddress")).value_or(TEXT("")));
     if (!permanent) return false;
     adapter.permanentAddress = adapter.currentAddress = *permanent;
     if (const auto text = FactText(key, TEXT("CurrentAddress"))) {
@@ -68,8 +69,8 @@ bool ReadInterface(const std::u16string& name, NetworkInterface& adapter) {
 }
 
 template <std::size_t N>
-void CopyText(WCHAR (&field)[N], const std::u16string& text) {
-    field[text.copy(field, N - 1)] = u'\0';
+void CopyText(WCHAR (&field)[N], const std::basic_string<WCHAR>& text) {
+    field[text.copy(field, N - 1)] = TEXT('\0');
 }
 
 MIB_IF_ROW2 MakeRow(const NetworkInterface& adapter, NET_IFINDEX index) {
@@ -110,7 +111,7 @@ struct InterfaceTables : Part {
 
 std::optional<std::vector<NetworkInterface>> ReadInterfaces() {
     std::vector<NetworkInterface> interfaces = {Loopback()};
-    for (const std::u16string& name : MachineSubkeys(FactPath(TEXT("Interfaces")))) {
+    for (const std::basic_string<WCHAR>& name : MachineSubkeys(FactPath(TEXT("Interfaces")))) {
         NetworkInterface adapter;
         if (CLSIDFromString(name.c_str(), &adapter.guid) != S_OK) continue;
         adapter.name = name;

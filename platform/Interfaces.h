@@ -11,15 +11,15 @@ namespace platform {
 
 struct NetworkInterface {
     GUID guid{};
-    std::u16string name;                 // its GUID as the facts spell it
-    std::u16string alias;                // connection name
-    std::u16string description;          // of its driver
-    std::vector<BYTE> permanentAddress;  // at most 32 bytes
+    std::basic_string<WCHAR> name;         // its GUID as the facts spell it
+    std::basic_string<WCHAR> alias;        // connection name
+    std::basic_string<WCHAR> description;  // of its driver
+    std::vector<BYTE> permanentAddress;    // at most 32 bytes
     std::vector<BYTE> currentAddress;
     bool isLoopback = false;
     bool isUp = false;
-    bool isHidden = false;                         // as a disabled adapter is
-    std::vector<std::u16string> unicastAddresses;  // as text, in order
+    bool isHidden = false;                                   // as a disabled adapter is
+    std::vector<std::basic_string<WCHAR>> unicastAddresses;  // as text, in order
 };
 
 // The loopback, which is always there, then the adapters in the order of their keys; a key that is

@@ -1,6 +1,10 @@
 #include "IpAddresses.h"
 
+#ifdef _WIN32
+#include <ws2tcpip.h>
+#else
 #include <arpa/inet.h>
+#endif
 
 namespace platform {
 

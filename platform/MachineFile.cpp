@@ -1,6 +1,5 @@
 #include "MachineFile.h"
 
-#include <chrono>
 #include <cstdint>
 #include <cstring>
 #include <utility>
@@ -8,6 +7,7 @@
 
 #include <winnt.h>
 
+#include "LocalTime.h"
 #include "MachineFileReader.h"
 #include "Registry.h"
 #include "Text.h"
@@ -25,29 +25,6 @@ std::optional<std::u16string> TextOf(DWORD type, std::span<const BYTE> data) {
     std::u16string text(data.size() / sizeof(char16_t), u'\0');
     std::memcpy(text.data(), data.data(), text.size() * sizeof(char16_t));
     return text.substr(0, text.find(u'\0'));
-}
-
-// "YYYY-MM-DD HH:MM" in 100 ns units since 1601, or nothing.
-std::optional<std::uint64_t> ParseTime(std::u16string_view text) {
-    constexpr std::u16string_view pattern = u"dddd-dd-dd dd:dd";
-    if (text.size() != pattern.size()) return std::nullopt;
-    unsigned fields[5] = {};  // year, month, day, hour, minute
-    std::size_t field = 0;
-    for (std::size_t i = 0; i < pattern.size(); ++i) {
-        const bool isDigit = text[i] >= u'0' && text[i] <= u'9';
-        if (pattern[i] == u'd' ? !isDigit : text[i] != pattern[i]) return std::nullopt;
-        if (isDigit) {
-            fields[field] = fields[field] * 10 + (text[i] - u'0');
-        } else {
-            ++field;
-        }
-    }
-    using namespace std::chrono;
-    const year_month_day date(year(static_cast<int>(fields[0])), month(fields[1]), day(fields[2]));
-    if (!date.ok() || fields[0] < 1601 || fields[3] > 23 || fields[4] > 59) return std::nullopt;
-    const auto since1601 =
-        sys_days(date) - sys_days(year(1601) / January / 1) + hours(fields[3]) + minutes(fields[4]);
-    return static_cast<std::uint64_t>(duration_cast<seconds>(since1601).count()) * 10'000'000;
 }
 
 std::optional<FaultPlan::Row> FaultRow(std::u16string_view name, DWORD type,

@@ -4,7 +4,7 @@
 #include <windows.h>
 
 #include "Call.h"
-#include "Facts.h"
+#include "DeviceStates.h"
 #include "Handles.h"
 #include "Text.h"
 
@@ -86,8 +86,5 @@ BOOL WINAPI ExitWindowsEx(UINT flags, DWORD) {
     if (call.Failed()) return call.With(FALSE);
     if ((flags & EWX_REBOOT) == 0) return FailWith(ERROR_INVALID_PARAMETER);
     if (!call.machine.Get<Privileges>().shutdownEnabled) return FailWith(ERROR_PRIVILEGE_NOT_HELD);
-    const DWORD reboots = FactNumber(TEXT("Restarts"), TEXT("Reboots")).value_or(0);
-    return WriteMachineNumber(FactPath(TEXT("Restarts")), TEXT("Reboots"), reboots + 1)
-               ? TRUE
-               : FailWith(ERROR_ACCESS_DENIED);
+    return CountRestart(TEXT("Reboots")) ? TRUE : FailWith(ERROR_ACCESS_DENIED);
 }

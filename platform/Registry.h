@@ -2,6 +2,7 @@
 // The machine's registry: the tree and the open handles. The functions of <winreg.h> act on it.
 
 #include <cstdint>
+#include <functional>
 #include <memory>
 #include <optional>
 #include <unordered_map>
@@ -41,6 +42,10 @@ class Registry : public Part {
     // The index-th subkey's name in the handle's key; walking upward by ones is cheap. Null behind
     // the last one. key: what Find gave for the handle.
     const std::u16string* NthSubkey(HKEY handle, const RegistryKey& key, DWORD index);
+
+    // Told of each value that RegQueryValueExW looks for, found or not, when set. Also of those
+    // that the stand-in looks for, on somebody's behalf.
+    std::function<void(const RegistryKey& key, std::u16string_view name)> onQuery;
 
     static std::optional<RegistryRoot> PredefinedRoot(HKEY handle);
     // Rights as granted: the generic ones mapped, those of other things dropped.

@@ -137,8 +137,10 @@ LSTATUS WINAPI RegQueryValueExW(HKEY key, LPCWSTR value, LPDWORD reserved, LPDWO
     Call call("RegQueryValueExW", value);
     if (call.Failed()) return call.Status();
     if (reserved != nullptr || (data != nullptr && size == nullptr)) return ERROR_INVALID_PARAMETER;
-    const Registry::Use use = call.machine.Get<Registry>().Find(key, KEY_QUERY_VALUE);
+    Registry& registry = call.machine.Get<Registry>();
+    const Registry::Use use = registry.Find(key, KEY_QUERY_VALUE);
     if (use.status != ERROR_SUCCESS) return use.status;
+    if (registry.onQuery) registry.onQuery(*use.key, TextOf(value));
     const RegistryValue* found = use.key->FindValue(TextOf(value));
     return found ? GiveData(*found, type, data, size) : ERROR_FILE_NOT_FOUND;
 }

@@ -61,9 +61,16 @@ class RichEdit : public Window {
     COLORREF m_background = kWhite;
 };
 
+// The control holds a document with its last paragraph's end left out.
+std::u16string TextOfDocument(std::string_view rtf) {
+    std::u16string text = RtfToPlainText(rtf);
+    if (text.ends_with(u'\n')) text.pop_back();
+    return text;
+}
+
 void RichEdit::SetWide(std::u16string_view given) {
     const std::string narrow = ToAnsi(given);
-    text = WithCr(IsRtf(narrow) ? RtfToPlainText(narrow) : std::u16string(given));
+    text = WithCr(IsRtf(narrow) ? TextOfDocument(narrow) : std::u16string(given));
 }
 
 LRESULT RichEdit::SetTextEx(const SETTEXTEX& how, const void* given) {
@@ -73,7 +80,7 @@ LRESULT RichEdit::SetTextEx(const SETTEXTEX& how, const void* given) {
         SetWide(static_cast<const char16_t*>(given));
     } else {
         const std::string_view narrow = static_cast<const char*>(given);
-        text = WithCr(IsRtf(narrow) ? RtfToPlainText(narrow) : FromNarrow(narrow, how.codepage));
+        text = WithCr(IsRtf(narrow) ? TextOfDocument(narrow) : FromNarrow(narrow, how.codepage));
     }
     return TRUE;
 }

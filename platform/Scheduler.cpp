@@ -372,7 +372,7 @@ void Scheduler::JoinAll() {
     state.joining = false;
 }
 
-void Scheduler::Yield() {
+void Scheduler::PassOn() {
     State& state = *m_state;
     if (!state.seeded || state.end || state.living == 1) return;
     if (state.random.Below(state.yieldRate) == 0) state.Switch(state.Self());

@@ -36,7 +36,7 @@ class Scheduler {
     void JoinAll();
 
     // A counted call's chance to pass the baton on.
-    void Yield();
+    void PassOn();
 
     // Gives up the baton until ready() holds (asked with the baton held, by whichever thread runs)
     // or the clock reaches due. call: the stand-in function, for the report of a deadlock. False at

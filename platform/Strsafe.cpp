@@ -66,9 +66,11 @@ template <class C>
 HRESULT Print(C* destination, size_t capacity, const C* format, va_list list) {
     if (!IsDestination(destination, capacity)) return STRSAFE_E_INVALID_PARAMETER;
     VariadicArguments arguments(list);
-    const std::basic_string<C> text = FormatText(format, arguments);
+    bool failed = false;
+    const std::basic_string<C> text = FormatText(format, arguments, &failed);
     // A null character that %c has put in ends the text only for its reader.
-    return Put(destination, capacity, 0, std::basic_string_view<C>(text));
+    const HRESULT put = Put(destination, capacity, 0, std::basic_string_view<C>(text));
+    return failed ? STRSAFE_E_INSUFFICIENT_BUFFER : put;
 }
 
 template <class C>

@@ -6,7 +6,7 @@
 namespace platform {
 namespace {
 
-constexpr char16_t replacement = 0xFFFD;
+constexpr WCHAR replacement = 0xFFFD;
 
 // Small letters first, first + step, ..., last; each has its capital at `toUpper` from itself. The
 // simple one-to-one pairs of the basic plane, as the system's own table has them: letters whose
@@ -99,13 +99,13 @@ bool IsLowSurrogate(char32_t unit) {
     return unit >= 0xDC00 && unit < 0xE000;
 }
 
-void AppendUtf16(std::u16string& text, char32_t point) {
+void AppendUtf16(std::basic_string<WCHAR>& text, char32_t point) {
     if (point < 0x10000) {
-        text.push_back(static_cast<char16_t>(point));
+        text.push_back(static_cast<WCHAR>(point));
         return;
     }
-    text.push_back(static_cast<char16_t>(0xD800 + ((point - 0x10000) >> 10)));
-    text.push_back(static_cast<char16_t>(0xDC00 + ((point - 0x10000) & 0x3FF)));
+    text.push_back(static_cast<WCHAR>(0xD800 + ((point - 0x10000) >> 10)));
+    text.push_back(static_cast<WCHAR>(0xDC00 + ((point - 0x10000) & 0x3FF)));
 }
 
 void AppendUtf8(std::string& text, char32_t point) {
@@ -150,8 +150,8 @@ Lead Classify(unsigned char byte) {
 
 }  // namespace
 
-std::u16string FromUtf8(std::string_view text) {
-    std::u16string wide;
+std::basic_string<WCHAR> FromUtf8(std::string_view text) {
+    std::basic_string<WCHAR> wide;
     wide.reserve(text.size());
     for (std::size_t at = 0; at < text.size();) {
         const auto byte = static_cast<unsigned char>(text[at++]);
@@ -175,7 +175,7 @@ std::u16string FromUtf8(std::string_view text) {
     return wide;
 }
 
-std::string ToUtf8(std::u16string_view text) {
+std::string ToUtf8(std::basic_string_view<WCHAR> text) {
     std::string narrow;
     narrow.reserve(text.size());
     for (std::size_t at = 0; at < text.size(); ++at) {
@@ -191,15 +191,15 @@ std::string ToUtf8(std::u16string_view text) {
     return narrow;
 }
 
-char16_t UpCase(char16_t unit) {
+WCHAR UpCase(WCHAR unit) {
     return Cases().upper[unit];
 }
 
-char16_t DownCase(char16_t unit) {
+WCHAR DownCase(WCHAR unit) {
     return Cases().lower[unit];
 }
 
-int CompareNoCase(std::u16string_view a, std::u16string_view b) {
+int CompareNoCase(std::basic_string_view<WCHAR> a, std::basic_string_view<WCHAR> b) {
     const auto& upper = Cases().upper;
     const std::size_t common = std::min(a.size(), b.size());
     for (std::size_t at = 0; at < common; ++at) {
@@ -209,7 +209,7 @@ int CompareNoCase(std::u16string_view a, std::u16string_view b) {
     return a.size() == b.size() ? 0 : (a.size() < b.size() ? -1 : 1);
 }
 
-bool EqualNoCase(std::u16string_view a, std::u16string_view b) {
+bool EqualNoCase(std::basic_string_view<WCHAR> a, std::basic_string_view<WCHAR> b) {
     return a.size() == b.size() && CompareNoCase(a, b) == 0;
 }
 

@@ -4,22 +4,24 @@
 #include <string>
 #include <string_view>
 
+#include <windows.h>
+
 namespace platform {
 
 // An ill-formed sequence becomes U+FFFD.
-std::u16string FromUtf8(std::string_view text);
-std::string ToUtf8(std::u16string_view text);
+std::basic_string<WCHAR> FromUtf8(std::string_view text);
+std::string ToUtf8(std::basic_string_view<WCHAR> text);
 
 // Simple upper-casing of one code unit, as the system does for names: no locale, no length change.
-char16_t UpCase(char16_t unit);
-char16_t DownCase(char16_t unit);
+WCHAR UpCase(WCHAR unit);
+WCHAR DownCase(WCHAR unit);
 // Ordinal, without regard to case: below 0, 0, above 0.
-int CompareNoCase(std::u16string_view a, std::u16string_view b);
-bool EqualNoCase(std::u16string_view a, std::u16string_view b);
+int CompareNoCase(std::basic_string_view<WCHAR> a, std::basic_string_view<WCHAR> b);
+bool EqualNoCase(std::basic_string_view<WCHAR> a, std::basic_string_view<WCHAR> b);
 
 struct LessNoCase {
     using is_transparent = void;
-    bool operator()(std::u16string_view a, std::u16string_view b) const {
+    bool operator()(std::basic_string_view<WCHAR> a, std::basic_string_view<WCHAR> b) const {
         return CompareNoCase(a, b) < 0;
     }
 };

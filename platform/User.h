@@ -5,7 +5,7 @@
 #include <optional>
 #include <string>
 
-#include <minwindef.h>
+#include <windows.h>
 
 namespace platform {
 

@@ -31,8 +31,10 @@ have_packages() {
 }
 
 host_packages=(cmake ninja-build g++ libgtest-dev libexpat1-dev binutils-mingw-w64-x86-64)
-windows_packages=(cmake ninja-build g++-mingw-w64-x86-64-posix binutils-mingw-w64-x86-64)
-wine_packages=(wine64 wine)
+windows_packages=(cmake ninja-build g++-mingw-w64-x86-64-posix binutils-mingw-w64-x86-64 libgtest-dev)
+wine_packages=(wine64 wine xvfb xauth)
+picture_packages=(imagemagick fonts-liberation fonts-wine)
+fuzz_packages=(clang libclang-rt-14-dev)
 style_packages=(clang-format clang-tidy)
 
 # build PRESET [TARGET...]: configures when needed and builds, quietly unless it fails.

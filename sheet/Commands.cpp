@@ -76,7 +76,12 @@ void DoShow(Session& session, const Words&) {
 }
 
 void DoControls(Session& session, const Words&) {
-    Print(ListControls(session.ActiveWindow()));
+    const Box* const box = session.OpenBox();
+    Print(box != nullptr ? ListControls(*box) : ListControls(session.ActiveWindow()));
+}
+
+void DoPlaces(Session& session, const Words&) {
+    Print(ListPlaces(session.ActiveWindow()));
 }
 
 void DoPress(Session& session, const Words& words) {
@@ -183,6 +188,7 @@ const Command kCommands[] = {
     {"open", Arguments::Rest, 1, DoOpen, "TITLE", "make a tab active"},
     {"show", Arguments::None, 0, DoShow, "", "draw the tab, dialog or message box that is up"},
     {"controls", Arguments::None, 0, DoControls, "", "list its controls for a program to read"},
+    {"places", Arguments::None, 0, DoPlaces, "", "list where its controls stand, in dialog units"},
     {"press", Arguments::Words, 1, DoPress, "ID", "click a button, radio button or check box"},
     {"type", Arguments::Rest, 2, DoType, "ID TEXT", "fill an edit"},
     {"select", Arguments::Rest, 2, DoSelect, "ID TEXT", "pick an entry of a list"},

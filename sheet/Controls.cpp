@@ -51,9 +51,16 @@ Class KindOf(const Text& className, LONG style) {
 Place ToUnits(HWND dialog, const RECT& pixels) {
     RECT thousand = {0, 0, 1000, 1000};
     MapDialogRect(dialog, &thousand);
-    const auto across = [&](LONG x) { return static_cast<int>(x * 1000 / thousand.right); };
-    const auto down = [&](LONG y) { return static_cast<int>(y * 1000 / thousand.bottom); };
-    return {across(pixels.left), down(pixels.top), across(pixels.right), down(pixels.bottom)};
+    const auto units = [](LONG length, LONG thousandUnits) {
+        return static_cast<int>((length * 1000 + thousandUnits / 2) / thousandUnits);
+    };
+    const auto across = [&](LONG x) { return units(x, thousand.right); };
+    const auto down = [&](LONG y) { return units(y, thousand.bottom); };
+    // A dialog makes its pixels of place and size, each by itself.
+    const int left = across(pixels.left);
+    const int top = down(pixels.top);
+    return {left, top, left + across(pixels.right - pixels.left),
+            top + down(pixels.bottom - pixels.top)};
 }
 
 Place PlaceOf(HWND dialog, HWND window) {
@@ -272,6 +279,19 @@ std::string ListControls(HWND dialog) {
             AddField(line, StateOf(row.isChecked, row.isSelected));
             lines += line + "\n";
         }
+    }
+    return lines;
+}
+
+std::string ListPlaces(HWND dialog) {
+    std::string lines;
+    for (const Control& control : ControlsOf(dialog)) {
+        const Place& place = control.place;
+        std::string line = "place";
+        AddField(line, NameOf(control));
+        for (const int edge : {place.left, place.top, place.right, place.bottom})
+            AddField(line, std::to_string(edge));
+        lines += line + "\n";
     }
     return lines;
 }

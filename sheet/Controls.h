@@ -68,6 +68,9 @@ std::vector<Row> RowsOf(const Control& list);
 // The lines of the `controls` command.
 std::string ListControls(HWND dialog);
 
+// The lines of the `places` command: id, then left, top, right and bottom in dialog units.
+std::string ListPlaces(HWND dialog);
+
 // The deeds. Each refuses what a person couldn't do: a control that isn't there, is hidden, is
 // disabled itself or by its dialog, or is of another kind; then nothing has happened.
 void PressControl(HWND dialog, int id);

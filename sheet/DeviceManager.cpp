@@ -93,6 +93,8 @@ BOOL CALLBACK AddPage(HPROPSHEETPAGE page, LPARAM pages) {
     return TRUE;
 }
 
+}  // namespace
+
 // The list that holds the device of a request.
 class DeviceList {
   public:
@@ -124,8 +126,6 @@ class DeviceList {
     bool m_open;
 };
 
-}  // namespace
-
 DeviceManager::~DeviceManager() {
     for (const HMODULE library : m_libraries)
         FreeLibrary(library);
@@ -137,6 +137,7 @@ Provider DeviceManager::LoadProvider(const Text& provider) {
     const HMODULE library = LoadLibraryW(Trimmed(provider.substr(0, comma)).c_str());
     if (library == nullptr) return nullptr;
     m_libraries.push_back(library);
+    LibraryLoaded(library);
     const std::string function = ToUtf8(Trimmed(provider.substr(comma + 1)));
     return reinterpret_cast<Provider>(
         reinterpret_cast<void (*)()>(GetProcAddress(library, function.c_str())));
@@ -163,13 +164,13 @@ std::optional<Device> DeviceManager::First() {
     return withProvider ? withProvider : adapter;
 }
 
-Sheet::Sheet(const Device& device, Provider provider) : m_instanceId(device.instanceId) {
+Sheet::Sheet(const Device& device, Provider provider)
+    : m_instanceId(device.instanceId), m_list(std::make_unique<DeviceList>(device.instanceId)) {
     std::vector<HPROPSHEETPAGE> pages;
-    DeviceList list(device.instanceId);
-    if (provider == nullptr || !list.IsOpen()) return;
+    if (provider == nullptr || !m_list->IsOpen()) return;
     {
         const LibraryCall call;
-        SP_PROPSHEETPAGE_REQUEST request = list.Request();
+        SP_PROPSHEETPAGE_REQUEST request = m_list->Request();
         provider(&request, AddPage, reinterpret_cast<LPARAM>(&pages));
     }
     if (pages.empty()) return;

@@ -44,6 +44,8 @@ class DeviceManager {
     std::vector<HMODULE> m_libraries;
 };
 
+class DeviceList;
+
 // A device's open sheet, modeless.
 class Sheet {
   public:
@@ -73,6 +75,7 @@ class Sheet {
 
   private:
     Text m_instanceId;
+    std::unique_ptr<DeviceList> m_list;  // a library may hold on to the device's node
     HWND m_window = nullptr;
 };
 

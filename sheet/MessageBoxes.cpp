@@ -73,6 +73,15 @@ const char* LabelOfButton(int id) {
     return "?";
 }
 
+std::string ListControls(const Box& box) {
+    std::string lines = Line({"control", "-", "Static", Field(box.text), "shown,enabled"});
+    for (const int id : ButtonsOf(box.style)) {
+        lines +=
+            Line({"control", std::to_string(id), "Button", LabelOfButton(id), "shown,enabled"});
+    }
+    return lines;
+}
+
 std::string DescribeBox(const Box& box, int answer) {
     return Line({"box", Field(box.caption), std::to_string(box.style), Field(box.text),
                  NameOfButton(answer)});

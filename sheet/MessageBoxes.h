@@ -28,6 +28,8 @@ std::optional<int> ButtonNamed(std::string_view name);
 const char* NameOfButton(int id);
 // The caption that a person reads on it.
 const char* LabelOfButton(int id);
+// The lines of the `controls` command: what it says, and its buttons.
+std::string ListControls(const Box& box);
 // "box | caption | style | text | answer" with its line end.
 std::string DescribeBox(const Box& box, int answer);
 

@@ -91,7 +91,12 @@ std::string DescribeKey(TextView path) {
     const std::string root =
         "[HKEY_LOCAL_MACHINE" + (below.empty() ? std::string() : "\\" + ToUtf8(below));
     std::string description = root + "]\n";
-    for (const Key::Value& value : key.Values())
+    std::vector<Key::Value> values = key.Values();
+    // The registry has an order of its own, which says nothing.
+    std::sort(values.begin(), values.end(), [](const Key::Value& a, const Key::Value& b) {
+        return CompareStringOrdinal(a.name.c_str(), -1, b.name.c_str(), -1, TRUE) == CSTR_LESS_THAN;
+    });
+    for (const Key::Value& value : values)
         description += Describe(value);
     for (const Text& subkey : key.Subkeys())
         description += root + "\\" + ToUtf8(subkey) + "]\n";

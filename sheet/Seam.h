@@ -5,6 +5,8 @@
 #include <cstdint>
 #include <string>
 
+#include <windows.h>
+
 namespace sheet {
 
 // Stands around a call into the library.
@@ -18,6 +20,9 @@ class LibraryCall {
   private:
     void* m_scope;
 };
+
+// A library was loaded for its page provider, and none of its functions was called yet.
+void LibraryLoaded(HMODULE library);
 
 // Milliseconds that the machine has run.
 std::uint64_t MachineTime();

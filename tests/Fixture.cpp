@@ -1,7 +1,5 @@
 #include "Fixture.h"
 
-#include <setupapi.h>
-
 #include "Call.h"
 #include "Drive.h"
 #include "Facts.h"
@@ -10,6 +8,7 @@
 #include "Modules.h"
 #include "Registry.h"
 #include "Text.h"
+#include "frame/DeviceRequest.h"
 
 namespace {
 
@@ -126,23 +125,13 @@ TestMachine::ProviderResult TestMachine::CallProvider(const std::string& instanc
     const platform::QuietScope quiet;
     ProviderResult result{};
     Adder adder{&result.pages, refuse};
-    SP_DEVINFO_DATA device{};
-    device.cbSize = sizeof(device);
-    const HDEVINFO list = SetupDiCreateDeviceInfoList(nullptr, nullptr);
-    EXPECT_TRUE(SetupDiOpenDeviceInfoW(list, Wide(instanceId).c_str(), nullptr, 0, &device));
-
-    SP_PROPSHEETPAGE_REQUEST request{};
-    request.cbSize = sizeof(request);
-    request.PageRequested = SPPSR_ENUM_ADV_DEVICE_PROPERTIES;
-    request.DeviceInfoSet = list;
-    request.DeviceInfoData = &device;
+    DeviceRequest device(Wide(instanceId));
     const auto provider =
         reinterpret_cast<Provider>(reinterpret_cast<void (*)()>(GetProcAddress(library, name)));
     {
         const platform::CallbackScope counting;
-        result.result = provider(&request, AddPage, reinterpret_cast<LPARAM>(&adder));
+        result.result = provider(&device.request, AddPage, reinterpret_cast<LPARAM>(&adder));
     }
-    SetupDiDestroyDeviceInfoList(list);
     return result;
 }
 

@@ -73,6 +73,9 @@ class TestMachine {
     ProviderResult CallProvider(int port = 1, bool refuse = false);
     // The same for the device that carries the ports, with its own provider.
     ProviderResult CallBusProvider(bool refuse = false);
+    // The same for any device, with the provider of that name.
+    ProviderResult CallProvider(const std::string& instanceId, const char* name,
+                                bool refuse = false);
 
     // Opens the sheet of a port, does the user's deeds and then cancels it. False when there is no
     // page to show.
@@ -102,8 +105,6 @@ class TestMachine {
     Sample sample;
 
   private:
-    ProviderResult CallProvider(const std::string& instanceId, const char* name, bool refuse);
-
     HMODULE m_library = nullptr;
     HWND m_sheet = nullptr;
 };

@@ -87,8 +87,7 @@ bool ReadStoredScenario(HKEY classKey, LONG& control) {
     WCHAR text[kPathCapacity];
     const LONG error =
         ReadRegistryText(classKey, TEXT("TuningScenario"), text, ARRAYSIZE(text), kTextLimit);
-    // What isn't a text names no scenario.
-    if (error == ERROR_FILE_NOT_FOUND || error == ERROR_UNSUPPORTED_TYPE) return true;
+    if (error == ERROR_FILE_NOT_FOUND) return true;
     if (error != ERROR_SUCCESS) return false;
     for (const auto& stored : kStored)
         if (Contains(text, stored.text)) control = stored.control;

@@ -1,7 +1,7 @@
 #include "Tuners.h"
 
 #include <algorithm>
-#include <span>
+#include <initializer_list>
 
 #include "../resources/resource.h"
 #include "AdapterValues.h"
@@ -14,16 +14,66 @@ constexpr int kTunedRssProfile = 4;
 constexpr int kTunedReceiveBuffers = 4096;
 constexpr WCHAR kSingleCoreLine[] = TEXT("Tuning for single core CPUs is not supported, aborting.");
 
-struct TunedValue {
-    LPCWSTR name;
-    int number;
-    int fromLevel = 0;
+// The order of the two settings of RSS is the caller's.
+void WriteForwardingSettings(LogStream* log, const TuningAdapter& adapter, LPCWSTR firstRss,
+                             LPCWSTR secondRss) {
+    const struct {
+        LPCWSTR name;
+        int number;
+    } settings[] = {
+        {value::kReceiveBuffers, kTunedReceiveBuffers},
+        {firstRss, 0},
+        {secondRss, 0},
+        {value::kRxIntModerationProfile, 0},
+        {value::kTxIntModerationProfile, 0},
+        {value::kMaxNumTxPacketsToIndicateComplete, 8},
+        {value::kTuningScenario, IDC_FORWARDING},
+        {value::kForceDelayDropTimeoutMode, 1},
+        {value::kUseSendFwQueue, 1},
+    };
+    for (const auto& row : settings)
+        SetAdapterKey(log, adapter, row.name, row.number);
+}
+
+constexpr int kNoInterrupt = -1;
+constexpr int kNoLevel = -1;
+
+// Which processors of its share do a port's work: the first one receives, RSS goes from there to
+// lastRss.
+struct Placement {
+    const TuningAdapter* adapter;
+    const BYTE* processors;
+    int interrupt;  // index for transmit interrupts, or kNoInterrupt to leave them
+    int forwarding;
+    int lastRss;
 };
 
-void Write(LogStream* log, const TuningAdapter& adapter, int level,
-           std::span<const TunedValue> values) {
-    for (const TunedValue& row : values)
-        if (row.fromLevel <= level) SetAdapterKey(log, adapter, row.name, row.number);
+// Level by level, so that the ports take turns.
+void Place(LogStream* log, int level, std::initializer_list<Placement> ports) {
+    for (int current = 0; current <= level; ++current) {
+        for (const Placement& port : ports) {
+            const BYTE* processors = port.processors;
+            const struct {
+                LPCWSTR name;
+                int number;
+                int fromLevel;
+            } rows[] = {
+                {value::kDefaultRecvRingProcessor, processors[0], 0},
+                {value::kTxInterruptProcessor, processors[std::max(port.interrupt, 0)],
+                 port.interrupt == kNoInterrupt ? kNoLevel : 0},
+                {value::kTxForwardingProcessor, processors[port.forwarding], 0},
+                {value::kMaxRssProcessors, port.lastRss + 1, 1},
+                {value::kRssBaseProcNumber, processors[0], 1},
+                {value::kRssProfile, kTunedRssProfile, 2},
+                {value::kNumRssQueues, port.lastRss + 1, 2},
+                {value::kRssMaxProcNumber, processors[port.lastRss], 2},
+            };
+            for (const auto& row : rows) {
+                if (row.fromLevel == current)
+                    SetAdapterKey(log, *port.adapter, row.name, row.number);
+            }
+        }
+    }
 }
 
 }  // namespace
@@ -57,18 +107,8 @@ bool TuneSinglePort(LogStream* log, const TuningAdapter* adapter, const NumaNode
         RestoreTuningDefaults(log, adapter, nullptr);
         return false;
     }
-    const BYTE* processors = row->processors + base;
-    const TunedValue values[] = {
-        {value::kTuningScenario, IDC_SINGLE_PORT},
-        {value::kDefaultRecvRingProcessor, processors[0]},
-        {value::kTxForwardingProcessor, processors[count - 1]},
-        {value::kMaxRssProcessors, count, 1},
-        {value::kRssBaseProcNumber, processors[0], 1},
-        {value::kRssProfile, kTunedRssProfile, 2},
-        {value::kNumRssQueues, count, 2},
-        {value::kRssMaxProcNumber, processors[count - 1], 2},
-    };
-    Write(log, *adapter, level, values);
+    SetAdapterKey(log, *adapter, value::kTuningScenario, IDC_SINGLE_PORT);
+    Place(log, level, {{adapter, row->processors + base, kNoInterrupt, count - 1, count - 1}});
     return true;
 }
 
@@ -94,22 +134,12 @@ bool TuneSingleStream(LogStream* log, const TuningAdapter* adapter, const NumaNo
     if (!CheckTuningInput(log, adapter, row)) return false;
     if (adapter->isEthernet) SetAdapterKey(log, *adapter, value::kSingleStream, 1);
 
-    const BYTE* processors = row->processors;
+    SetAdapterKey(log, *adapter, value::kTuningScenario, IDC_SINGLE_STREAM);
+
     const int count = UsableProcessors(row);
     const int transmit = std::max(count - 2, 1);
     const int lastRss = std::max(count - 3, 1);
-    const TunedValue values[] = {
-        {value::kTuningScenario, IDC_SINGLE_STREAM},
-        {value::kDefaultRecvRingProcessor, processors[0]},
-        {value::kTxInterruptProcessor, processors[transmit]},
-        {value::kTxForwardingProcessor, processors[count - 1]},
-        {value::kMaxRssProcessors, lastRss + 1, 1},
-        {value::kRssBaseProcNumber, processors[0], 1},
-        {value::kRssProfile, kTunedRssProfile, 2},
-        {value::kNumRssQueues, lastRss + 1, 2},
-        {value::kRssMaxProcNumber, processors[lastRss], 2},
-    };
-    Write(log, *adapter, level, values);
+    Place(log, level, {{adapter, row->processors, transmit, count - 1, lastRss}});
     return true;
 }
 
@@ -117,31 +147,12 @@ bool TuneForwarding(LogStream* log, const TuningAdapter* adapter, const NumaNode
     const int level = GetOsTuningLevel();
     if (!CheckTuningInput(log, adapter, row)) return false;
 
+    WriteForwardingSettings(log, *adapter, value::kUseRssForUdp, value::kUseRssForRawIp);
+
     // RSS takes the first processors, transmit work the last two.
-    const BYTE* processors = row->processors;
     const int count = UsableProcessors(row);
-    const int transmit = count - 2;
     const int lastRss = std::max(count - 3, 0);
-    const TunedValue values[] = {
-        {value::kReceiveBuffers, kTunedReceiveBuffers},
-        {value::kUseRssForUdp, 0},
-        {value::kUseRssForRawIp, 0},
-        {value::kRxIntModerationProfile, 0},
-        {value::kTxIntModerationProfile, 0},
-        {value::kMaxNumTxPacketsToIndicateComplete, 8},
-        {value::kTuningScenario, IDC_FORWARDING},
-        {value::kForceDelayDropTimeoutMode, 1},
-        {value::kUseSendFwQueue, 1},
-        {value::kDefaultRecvRingProcessor, processors[0]},
-        {value::kTxInterruptProcessor, processors[transmit]},
-        {value::kTxForwardingProcessor, processors[count - 1]},
-        {value::kMaxRssProcessors, lastRss + 1, 1},
-        {value::kRssBaseProcNumber, processors[0], 1},
-        {value::kRssProfile, kTunedRssProfile, 2},
-        {value::kNumRssQueues, lastRss + 1, 2},
-        {value::kRssMaxProcNumber, processors[lastRss], 2},
-    };
-    Write(log, *adapter, level, values);
+    Place(log, level, {{adapter, row->processors, count - 2, count - 1, lastRss}});
     return true;
 }
 
@@ -159,47 +170,14 @@ bool TuneForwardingDualPort(LogStream* log, const TuningAdapter* a1, const Tunin
     }
 
     // Other than for one port, raw IP comes before UDP.
-    const TunedValue settings[] = {
-        {value::kReceiveBuffers, kTunedReceiveBuffers},
-        {value::kUseRssForRawIp, 0},
-        {value::kUseRssForUdp, 0},
-        {value::kRxIntModerationProfile, 0},
-        {value::kTxIntModerationProfile, 0},
-        {value::kMaxNumTxPacketsToIndicateComplete, 8},
-        {value::kTuningScenario, IDC_FORWARDING},
-        {value::kForceDelayDropTimeoutMode, 1},
-        {value::kUseSendFwQueue, 1},
-    };
-    Write(log, *a1, level, settings);
-    Write(log, *a2, level, settings);
+    for (const TuningAdapter* adapter : {a1, a2})
+        WriteForwardingSettings(log, *adapter, value::kUseRssForRawIp, value::kUseRssForUdp);
 
     const int half = std::min(row1->count / 2, kMaxUsed);
     const int queues = half == 2 ? 1 : half - 2;
-    const BYTE* share1 = row1->processors;
-    const BYTE* share2 = row1->processors + half;
-    const struct {
-        const TuningAdapter* adapter;
-        TunedValue row;
-    } placement[] = {
-        {a1, {value::kDefaultRecvRingProcessor, share1[0]}},
-        {a1, {value::kTxInterruptProcessor, share1[queues]}},
-        {a1, {value::kTxForwardingProcessor, share1[half - 1]}},
-        {a2, {value::kDefaultRecvRingProcessor, share2[0]}},
-        {a2, {value::kTxInterruptProcessor, share2[queues]}},
-        {a2, {value::kTxForwardingProcessor, share2[half - 1]}},
-        {a1, {value::kMaxRssProcessors, queues, 1}},
-        {a1, {value::kRssBaseProcNumber, share1[0], 1}},
-        {a2, {value::kMaxRssProcessors, queues, 1}},
-        {a2, {value::kRssBaseProcNumber, share2[0], 1}},
-        {a1, {value::kRssProfile, kTunedRssProfile, 2}},
-        {a1, {value::kNumRssQueues, queues, 2}},
-        {a1, {value::kRssMaxProcNumber, share1[queues - 1], 2}},
-        {a2, {value::kRssProfile, kTunedRssProfile, 2}},
-        {a2, {value::kNumRssQueues, queues, 2}},
-        {a2, {value::kRssMaxProcNumber, share2[queues - 1], 2}},
-    };
-    for (const auto& step : placement)
-        Write(log, *step.adapter, level, {&step.row, 1});
+    Place(log, level,
+          {{a1, row1->processors, queues, half - 1, queues - 1},
+           {a2, row1->processors + half, queues, half - 1, queues - 1}});
     return true;
 }
 
@@ -207,19 +185,11 @@ bool TuneMulticast(LogStream* log, const TuningAdapter* adapter, const NumaNodeR
     const int level = GetOsTuningLevel();
     if (!CheckTuningInput(log, adapter, row)) return false;
 
-    const BYTE* processors = row->processors;
+    SetAdapterKey(log, *adapter, value::kReceiveBuffers, kTunedReceiveBuffers);
+    SetAdapterKey(log, *adapter, value::kTuningScenario, IDC_MULTICAST);
+
     const int count = UsableProcessors(row);
-    const TunedValue values[] = {
-        {value::kReceiveBuffers, kTunedReceiveBuffers},
-        {value::kTuningScenario, IDC_MULTICAST},
-        {value::kDefaultRecvRingProcessor, processors[0]},
-        {value::kTxForwardingProcessor, processors[count == 2 ? 1 : 2]},
-        {value::kMaxRssProcessors, count, 1},
-        {value::kRssBaseProcNumber, processors[0], 1},
-        {value::kRssProfile, kTunedRssProfile, 2},
-        {value::kNumRssQueues, count, 2},
-        {value::kRssMaxProcNumber, processors[count - 1], 2},
-    };
-    Write(log, *adapter, level, values);
+    const int forwarding = count == 2 ? 1 : 2;
+    Place(log, level, {{adapter, row->processors, kNoInterrupt, forwarding, count - 1}});
     return true;
 }

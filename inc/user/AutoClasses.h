@@ -81,6 +81,16 @@ struct KernelHandleTraits {
 };
 using ScopedHandle = Scoped<KernelHandleTraits>;
 
+struct ScreenTraits {
+    using Handle = HDC;
+    static constexpr Handle none = nullptr;
+    static void Close(Handle context) {
+        CheckClosed(ReleaseDC(nullptr, context) ? ERROR_SUCCESS : ERROR_INVALID_HANDLE);
+    }
+};
+// The screen's device context.
+using ScopedScreen = Scoped<ScreenTraits>;
+
 struct ModuleTraits {
     using Handle = HMODULE;
     static constexpr Handle none = nullptr;

@@ -4,9 +4,9 @@
 #include <windows.h>
 
 // The one reader of text values. Fills `buffer` of `capacity` characters, always terminated, from a
-// REG_SZ or REG_EXPAND_SZ of at most `limit` bytes; what follows the first terminator, or an odd
-// last byte, is dropped. Borrows the key. ERROR_MORE_DATA: longer than limit or buffer;
-// ERROR_UNSUPPORTED_TYPE: not a text; else the system's error. On failure `buffer` is empty.
+// value of any type and at most `limit` bytes, taken as text up to its first terminator; an odd
+// last byte is the low one of a character. Borrows the key. ERROR_MORE_DATA: longer than limit or
+// buffer; else the system's error. On failure `buffer` is empty.
 LONG ReadRegistryText(HKEY key, LPCWSTR name, LPWSTR buffer, size_t capacity, DWORD limit);
 
 // Reads a value of any type into `buffer` of `*size` bytes; on success `*size` is its length in

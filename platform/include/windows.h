@@ -21,5 +21,6 @@
 #include <winnls.h>
 #include <winreg.h>
 #include <winbase.h>
+#include <wingdi.h>
 #include <winuser.h>
 #endif

@@ -29,6 +29,8 @@ LibraryCall::~LibraryCall() {
     delete static_cast<platform::CallbackScope*>(m_scope);
 }
 
+void LibraryLoaded(HMODULE) {}
+
 std::uint64_t MachineTime() {
     return Machine::Current().scheduler.Now();
 }

@@ -1,11 +1,20 @@
-// The device manager over the computer that it runs on: opens the sheet of a device for a person.
+// The device manager over the computer that it runs on: opens the sheet of a device for a person,
+// or follows a script in that person's place.
 
 #include <windows.h>
 #include <commctrl.h>
+#include <fcntl.h>
+#include <io.h>
 #include <shellapi.h>
 
+#include <fstream>
+#include <iostream>
+
+#include "../Commands.h"
 #include "../DeviceManager.h"
 #include "../Transcript.h"
+#include "Lending.h"
+#include "User.h"
 
 namespace sheet {
 
@@ -13,33 +22,42 @@ namespace {
 
 constexpr int kExitRefused = 2;
 
-std::vector<std::string> Arguments() {
+struct Options {
+    std::optional<std::string> device;
+    std::optional<std::string> script;  // "-" for standard input
+    std::optional<std::string> lend;
+};
+
+constexpr struct {
+    const char* name;
+    std::optional<std::string> Options::*value;
+} kOptions[] = {
+    {"--device", &Options::device},
+    {"--script", &Options::script},
+    {"--lend", &Options::lend},
+};
+
+Options ReadArguments() {
     int count = 0;
     WCHAR** const words = CommandLineToArgvW(GetCommandLineW(), &count);
-    std::vector<std::string> arguments;
-    for (int i = 1; i < count; ++i)
-        arguments.push_back(ToUtf8(words[i]));
+    const std::vector<Text> arguments(words + 1, words + count);
     LocalFree(words);
-    return arguments;
-}
-
-// The value of --device, if it is given.
-std::optional<Text> DeviceArgument(const std::vector<std::string>& arguments) {
-    std::optional<Text> device;
+    Options options;
     for (std::size_t i = 0; i < arguments.size(); ++i) {
-        if (arguments[i] == "--script")
-            throw Refusal{"scripts run on a machine file only, not on this computer's devices"};
-        if (arguments[i] != "--device") throw Refusal{"usage: sheet [--device INSTANCE-ID]"};
-        if (++i == arguments.size()) throw Refusal{"--device needs a value"};
-        device = FromUtf8(arguments[i]);
+        const std::string name = ToUtf8(arguments[i]);
+        std::optional<std::string> Options::*value = nullptr;
+        for (const auto& option : kOptions) {
+            if (name == option.name) value = option.value;
+        }
+        if (value == nullptr)
+            throw Refusal{"usage: sheet [--device INSTANCE-ID] [--script FILE|-] [--lend DLL]"};
+        if (++i == arguments.size()) throw Refusal{name + " needs a value"};
+        options.*value = ToUtf8(arguments[i]);
     }
-    return device;
+    return options;
 }
 
-int Run(const std::optional<Text>& instanceId) {
-    INITCOMMONCONTROLSEX controls = {sizeof(controls),
-                                     ICC_STANDARD_CLASSES | ICC_LISTVIEW_CLASSES | ICC_TAB_CLASSES};
-    InitCommonControlsEx(&controls);
+int Show(const std::optional<Text>& instanceId) {
     DeviceManager devices;
     const std::optional<Device> device = instanceId ? devices.Find(*instanceId) : devices.First();
     if (!device) {
@@ -59,13 +77,39 @@ int Run(const std::optional<Text>& instanceId) {
     return 0;
 }
 
+int Follow(const std::string& path, const std::optional<Text>& instanceId) {
+    std::ifstream file;
+    const bool fromFile = path != "-";
+    if (fromFile) {
+        file.open(path);
+        if (!file) throw Refusal{path + ": can't be read"};
+    }
+    Script script(fromFile ? static_cast<std::istream&>(file) : std::cin,
+                  fromFile ? path : "standard input", Script::Echo::None);
+    Session session(script, Execute);
+    const User user(session);
+    return session.Run(instanceId);
+}
+
+int Run(const Options& options) {
+    INITCOMMONCONTROLSEX controls = {sizeof(controls),
+                                     ICC_STANDARD_CLASSES | ICC_LISTVIEW_CLASSES | ICC_TAB_CLASSES};
+    InitCommonControlsEx(&controls);
+    if (options.lend) LendFrom(FromUtf8(*options.lend));
+    const auto device = options.device ? std::optional(FromUtf8(*options.device)) : std::nullopt;
+    return options.script ? Follow(*options.script, device) : Show(device);
+}
+
 }  // namespace
 
 }  // namespace sheet
 
 int main() {
+    // Lines of a transcript end alike on every system.
+    _setmode(_fileno(stdout), _O_BINARY);
+    _setmode(_fileno(stderr), _O_BINARY);
     try {
-        return sheet::Run(sheet::DeviceArgument(sheet::Arguments()));
+        return sheet::Run(sheet::ReadArguments());
     } catch (const sheet::Refusal& refusal) {
         sheet::PrintRefusal(refusal.reason);
         return sheet::kExitRefused;

@@ -1,17 +1,112 @@
 #include "../Seam.h"
 
+#include <cstdio>
+#include <fstream>
+#include <iterator>
+
+#include <windows.h>
+
+#include "../Text.h"
 #include "../Transcript.h"
+#include "Imports.h"
+#include "Lending.h"
+#include "ScratchFile.h"
+#include "User.h"
 
 namespace sheet {
+
+namespace {
+
+// What the library writes to a standard stream, kept apart from the transcript.
+class CapturedStream {
+  public:
+    explicit CapturedStream(DWORD stream) { SetStdHandle(stream, m_file.Handle()); }
+    std::string Contents() { return m_file.Contents(); }
+
+  private:
+    ScratchFile m_file;
+};
+
+struct Streams {
+    CapturedStream output{STD_OUTPUT_HANDLE};
+    CapturedStream error{STD_ERROR_HANDLE};
+};
+
+Streams& LibraryStreams() {
+    static Streams streams;
+    return streams;
+}
+
+// Runs a command line to its end; true when it succeeded.
+bool RunCommand(Text commandLine) {
+    STARTUPINFOW startup = {};
+    startup.cb = sizeof(startup);
+    PROCESS_INFORMATION process = {};
+    if (!CreateProcessW(nullptr, commandLine.data(), nullptr, nullptr, FALSE, CREATE_NO_WINDOW,
+                        nullptr, nullptr, &startup, &process))
+        return false;
+    CloseHandle(process.hThread);
+    WaitForSingleObject(process.hProcess, INFINITE);
+    DWORD exitCode = 1;
+    GetExitCodeProcess(process.hProcess, &exitCode);
+    CloseHandle(process.hProcess);
+    return exitCode == 0;
+}
+
+ULONGLONG StartOfSession() {
+    static const ULONGLONG start = GetTickCount64();
+    return start;
+}
+
+}  // namespace
 
 LibraryCall::LibraryCall() : m_scope(nullptr) {}
 
 LibraryCall::~LibraryCall() = default;
 
-void RememberRegistry() {}
+void LibraryLoaded(HMODULE library) {
+    Lend(library);
+    PointImport(library, "MessageBoxW", reinterpret_cast<void (*)()>(User::ShowMessageBox));
+}
+
+std::uint64_t MachineTime() {
+    return GetTickCount64() - StartOfSession();
+}
+
+// The user looks at the clock as often as at the sheet, so there is nothing to arrange.
+void LetTimePass(std::uint64_t) {}
+
+void WakeAt(std::uint64_t) {}
+
+void MergeFile(const std::string& path) {
+    std::ifstream file(path, std::ios::binary);
+    if (!file) throw Refusal{path + ": can't be read"};
+    std::string bytes((std::istreambuf_iterator<char>(file)), std::istreambuf_iterator<char>());
+    // The system's import takes UTF-16, lowest byte first, behind a byte-order mark.
+    if (!bytes.starts_with("\xFF\xFE")) {
+        if (bytes.starts_with("\xEF\xBB\xBF")) bytes.erase(0, 3);
+        const Text text = TEXT('\xFEFF') + FromUtf8(bytes);
+        bytes.assign(reinterpret_cast<const char*>(text.data()), text.size() * sizeof(WCHAR));
+    }
+    ScratchFile import;
+    import.Write(bytes);
+    if (!RunCommand(TEXT("regedit.exe /S \"") + import.Path() + TEXT("\"")))
+        throw Refusal{path + ": can't be imported"};
+}
+
+void RememberRegistry() {
+    StartOfSession();
+    LibraryStreams();
+}
 
 std::string RegistryChanges(Changes) {
     throw Refusal{"changes are told on a machine file only, not on this computer"};
+}
+
+std::string LibraryOutput() {
+    std::string text = LibraryStreams().output.Contents() + LibraryStreams().error.Contents();
+    if (!text.empty() && text.back() != '\n') text += '\n';
+    return text;
 }
 
 }  // namespace sheet

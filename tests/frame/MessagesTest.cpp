@@ -1,5 +1,7 @@
 #include "Messages.h"
 
+#include <climits>
+
 #include "Fixture.h"
 #include "LibraryState.h"
 #include "resource.h"
@@ -17,61 +19,25 @@ class Messages : public testing::Test {
     TestMachine test;
 };
 
-TEST_F(Messages, TheTableIsCompleteAndHoldsNothingElse) {
+// Each message takes the arguments that its callers give: a changed text would show "%2" or drop
+// one. There are no others.
+TEST_F(Messages, EachMessageTakesItsArguments) {
+    const std::map<UINT, int> withArguments = {
+        {113, 1}, {115, 2}, {116, 1}, {121, 1}, {122, 1}, {123, 1}, {124, 1},
+        {137, 1}, {138, 2}, {140, 1}, {142, 5}, {143, 1}, {144, 1}, {155, 1},
+        {156, 1}, {157, 1}, {158, 1}, {163, 1}, {187, 1}, {188, 1}, {213, 2}};
+    const LPCWSTR arguments[] = {u"<1>", u"<2>", u"<3>", u"<4>", u"<5>"};
     for (UINT id = 96; id < 240; ++id) {
         SCOPED_TRACE(id);
         const bool inTable = (id >= 110 && id <= 189) || (id >= 200 && id <= 216);
-        ScopedBstr text = AllocateText(TEXT("before"));
-        EXPECT_EQ(LoadResourceString(Library().moduleHandle, id, text), inTable);
-        EXPECT_EQ(static_cast<bool>(text), inTable);
-    }
-}
-
-// Each message takes the arguments that its callers give: a changed text would show "%2" or drop
-// one.
-TEST_F(Messages, EachMessageTakesItsArguments) {
-    const struct {
-        UINT first, last;
-        int arguments;
-    } rows[] = {{110, 112, 0}, {113, 113, 1}, {114, 114, 0}, {115, 115, 2}, {116, 116, 1},
-                {117, 120, 0}, {121, 124, 1}, {125, 136, 0}, {137, 137, 1}, {138, 138, 2},
-                {139, 139, 0}, {140, 140, 1}, {141, 141, 0}, {142, 142, 5}, {143, 144, 1},
-                {145, 154, 0}, {155, 158, 1}, {159, 162, 0}, {163, 163, 1}, {164, 186, 0},
-                {187, 188, 1}, {189, 189, 0}, {200, 212, 0}, {213, 213, 2}, {214, 216, 0}};
-    const LPCWSTR arguments[] = {u"<1>", u"<2>", u"<3>", u"<4>", u"<5>"};
-    for (const auto& row : rows) {
-        for (UINT id = row.first; id <= row.last; ++id) {
-            SCOPED_TRACE(id);
-            ScopedBstr text;
-            ASSERT_TRUE(FormatResourceMessage(id, text, arguments));
-            for (int i = 0; i < 5; ++i)
-                EXPECT_EQ(Content(text).find(arguments[i]) != std::u16string::npos,
-                          i < row.arguments);
-            EXPECT_EQ(Content(text).find(u'%'), std::u16string::npos);
-        }
-    }
-}
-
-TEST_F(Messages, TextsStandAsTheyWereWritten) {
-    const struct {
-        UINT id;
-        const char16_t* text;
-    } rows[] = {
-        {IDS_VLAN_NAME_COLUMN, u"VLAN Name"},
-        {IDS_VALUE_OUT_OF_RANGE,
-         u"The value is out of range.The valid range is %1 to %2."
-         u"%nRestoring the previous value."},
-        {IDS_TEAM_TYPE_LOAD_BALANCING, u"Load Balancing (Send & Receive)"},
-        {IDS_COMMIT_OR_CANCEL, u"Please Commit or Cancel. "},
-        {IDS_SAVE_INFORMATION, u"Save Adapter's Information"},
-        {IDS_ENABLE_ROCE_INVALID,
-         u"An invalid registry EnableRoce value was detected. %nThe vale "
-         u"will be initialized with the default configuration."},
-    };
-    for (const auto& row : rows) {
         ScopedBstr text;
-        EXPECT_TRUE(LoadResourceString(Library().moduleHandle, row.id, text));
-        EXPECT_EQ(Content(text), row.text);
+        ASSERT_EQ(FormatResourceMessage(id, text, arguments), inTable);
+        if (!inTable) continue;
+        const auto row = withArguments.find(id);
+        for (int i = 0; i < 5; ++i)
+            EXPECT_EQ(Content(text).find(arguments[i]) != std::u16string::npos,
+                      row != withArguments.end() && i < row->second);
+        EXPECT_EQ(Content(text).find(u'%'), std::u16string::npos);
     }
 }
 
@@ -130,6 +96,70 @@ TEST_F(Messages, ACaptionedMessageGivesTheButton) {
         EXPECT_EQ(box.caption, row.shown);
         EXPECT_EQ(box.text, u"Really?");
         EXPECT_EQ(box.style, static_cast<UINT>(MB_YESNO));
+    }
+}
+
+TEST(CountedText, AppendingJoinsOrLeavesTheTextAsItWas) {
+    const struct {
+        const char16_t* start;  // null: no text yet
+        int length;
+        const char* failing;
+        HRESULT result;
+        const char16_t* text;
+        const char* reason;
+    } rows[] = {
+        {u"abc", 2, "", S_OK, u"abcxy", "part of what is given"},
+        {nullptr, 3, "", S_OK, u"xyz", "to nothing"},
+        {u"abc", 0, "", S_OK, u"abc", "nothing"},
+        {u"abc", -1, "", E_INVALIDARG, u"abc", "a negative length"},
+        {u"abc", INT_MAX, "", static_cast<HRESULT>(0x80070216), u"abc", "an overflow"},
+        {u"abc", 2, "SysAllocStringLen", E_OUTOFMEMORY, u"abc", "no memory"},
+    };
+    for (const auto& row : rows) {
+        SCOPED_TRACE(row.reason);
+        TestMachine test;
+        ScopedBstr text;
+        if (row.start) text = AllocateText(row.start);
+        test.machine.faults.FailCalls(row.failing, u"", 8);
+        EXPECT_EQ(AppendText(text, u"xyz", row.length), row.result);
+        EXPECT_EQ(Content(text), row.text);
+    }
+    TestMachine test;
+    ScopedBstr text = AllocateText(u"ab");
+    EXPECT_EQ(AppendText(text, text.Get(), 2), S_OK);
+    EXPECT_EQ(Content(text), u"abab") << "a text to itself";
+}
+
+TEST(CountedText, EqualityIsExact) {
+    const struct {
+        const char16_t *a, *b;
+        bool equal;
+    } rows[] = {{u"Team", u"Team", true},
+                {u"Team", u"team", false},
+                {u"Team", u"Team 2", false},
+                {u"", u"", true}};
+    TestMachine test;
+    for (const auto& row : rows)
+        EXPECT_EQ(EqualText(AllocateText(row.a).Get(), AllocateText(row.b).Get()), row.equal);
+    EXPECT_TRUE(EqualText(nullptr, AllocateText(u"").Get()));
+}
+
+TEST(CountedText, AFailureThatCantBeSurvivedEndsTheProcess) {
+    const struct {
+        void (*act)();
+        DWORD code;
+    } rows[] = {{[] { AllocateText(u"text"); }, 0xC0000017},
+                {[] { ThrowHresult(E_FAIL); }, 0xC000001D}};
+    for (const auto& row : rows) {
+        TestMachine test;
+        test.machine.faults.FailCalls("SysAllocString", u"", ERROR_NOT_ENOUGH_MEMORY);
+        DWORD code = 0;
+        try {
+            row.act();
+        } catch (const platform::MachineEnded& end) {
+            code = end.code;
+        }
+        EXPECT_EQ(code, row.code);
     }
 }
 

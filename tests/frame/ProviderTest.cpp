@@ -28,7 +28,6 @@ TEST(AdapterProvider, AnotherRequestIsRefusedAndTouchesNothing) {
         const char* reason;
     } rows[] = {
         {SPPSR_ENUM_BASIC_DEVICE_PROPERTIES, true, true, "basic properties"},
-        {SPPSR_SELECT_DEVICE_RESOURCES, true, true, "resources"},
         {SPPSR_ENUM_ADV_DEVICE_PROPERTIES, false, true, "no list"},
         {SPPSR_ENUM_ADV_DEVICE_PROPERTIES, true, false, "no device"},
     };
@@ -46,11 +45,12 @@ TEST(AdapterProvider, AnotherRequestIsRefusedAndTouchesNothing) {
 }
 
 TEST(AdapterProvider, AddsThePagesOfTheKind) {
-    const std::string entry =
-        std::string("SYSTEM\\CurrentControlSet\\Services\\MUXP\\Parameters\\Adapters\\") +
-        Sample::Guid(1);
-    const std::string device =
-        "SYSTEM\\CurrentControlSet\\Enum\\" + Sample::InstanceId(1, Sample::Kind::Ethernet);
+    const Sample miniport =
+        Sample()
+            .With("SYSTEM\\CurrentControlSet\\Services\\MUXP\\Parameters\\Adapters", "")
+            .With(
+                "SYSTEM\\CurrentControlSet\\Enum\\" + Sample::InstanceId(1, Sample::Kind::Ethernet),
+                R"("Service"="MUXMP")");
     const struct {
         Sample sample;
         std::size_t pages;
@@ -58,10 +58,7 @@ TEST(AdapterProvider, AddsThePagesOfTheKind) {
     } rows[] = {
         {Sample(), kPhysicalTabs, "Ethernet"},
         {Sample().OnePort(Sample::Kind::Ipoib), kPhysicalTabs, "IPoIB"},
-        {Sample().With(entry, R"("TeamDeviceName"="\\Device\\{B}")"), kPhysicalTabs, "team member"},
-        {Sample().With(entry, "").With(device, R"("Service"="MUXMP")"), 0, "VLAN"},
-        {Sample().With(entry, R"("TeamType"=dword:1)").With(device, R"("Service"="MUXMP")"), 0,
-         "team"},
+        {miniport, 0, "VLAN"},
     };
     for (const auto& row : rows) {
         SCOPED_TRACE(row.kind);

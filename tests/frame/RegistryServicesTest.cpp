@@ -29,13 +29,12 @@ TEST(ReadRegistryText, TakesWhateverAValueHolds) {
         {R"("v"=hex(1):61,00,62,00)", 3, 520, 0, u"ab", "no terminator, room for one"},
         {R"("v"=hex(1):61,00,62,00)", 10, 4, 0, u"ab", "no terminator, as long as the limit"},
         {R"("v"=hex(1):61,00,62,00)", 2, 520, ERROR_MORE_DATA, u"", "no terminator, no room"},
-        {R"("v"=hex(1):61,00,62,00,63)", 10, 520, 0, u"ab", "an odd last byte"},
-        {R"("v"=hex(1):61)", 10, 520, 0, u"", "less than a character"},
+        {R"("v"=hex(1):61,00,62,00,63)", 10, 520, 0, u"abc", "an odd last byte"},
+        {R"("v"=hex(1):61,00,62,00,63)", 3, 520, ERROR_MORE_DATA, u"", "an odd last byte, no room"},
         {R"("v"=hex(1):)", 10, 520, 0, u"", "no data"},
         {R"("v"=hex(1):61,00,00,00,62,00,00,00)", 10, 520, 0, u"a", "text behind a terminator"},
-        {R"("v"=hex(7):61,00,00,00,00,00)", 10, 520, ERROR_UNSUPPORTED_TYPE, u"", "a list"},
-        {R"("v"=dword:00610062)", 10, 520, ERROR_UNSUPPORTED_TYPE, u"", "a number"},
-        {R"("v"=hex:61,00,00,00)", 10, 520, ERROR_UNSUPPORTED_TYPE, u"", "bytes"},
+        {R"("v"=hex(7):61,00,00,00,00,00)", 10, 520, 0, u"a", "a list"},
+        {R"("v"=dword:00610062)", 10, 520, 0, u"ba", "a number"},
         {R"("w"="abc")", 10, 520, ERROR_FILE_NOT_FOUND, u"", "absent"},
     };
     for (const auto& row : rows) {

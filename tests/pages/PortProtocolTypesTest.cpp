@@ -22,26 +22,17 @@ std::string Shown(const PortButtons& port) {
             button(ePORT_TYPE_AUTO, port.canSense)};
 }
 
-// The buttons by capabilities. The protocols: e Ethernet, i InfiniBand; neither is as both.
+// What the buttons of a port that has both protocols show, by its type: none, ib, eth, auto.
 struct Rendering {
-    const char* protocols;
     bool sensing;
     bool autoIsEthernet;
-    const char* shown[4];  // by type: none, ib, eth, auto
+    const char* shown[4];
 };
 constexpr Rendering kRenderings[] = {
-    {"ie", false, false, {"oo-", "*o-", "o*-", "*o-"}},
-    {"ie", false, true, {"oo-", "*o-", "o*-", "o*-"}},
-    {"ie", true, false, {"ooo", "*oo", "o*o", "oo*"}},
-    {"ie", true, true, {"ooo", "*oo", "o*o", "oo*"}},
-    {"e", false, false, {"-X-", "-X-", "-X-", "-X-"}},
-    {"e", false, true, {"-X-", "-X-", "-X-", "-X-"}},
-    {"e", true, false, {"-X-", "-X-", "-X-", "-X-"}},
-    {"e", true, true, {"-X-", "-X-", "-X-", "-X-"}},
-    {"i", false, false, {"X--", "X--", "X--", "X--"}},
-    {"i", false, true, {"X--", "X--", "X--", "X--"}},
-    {"i", true, false, {"X--", "X--", "X--", "X--"}},
-    {"i", true, true, {"X--", "X--", "X--", "X--"}},
+    {false, false, {"oo-", "*o-", "o*-", "*o-"}},
+    {false, true, {"oo-", "*o-", "o*-", "o*-"}},
+    {true, false, {"ooo", "*oo", "o*o", "oo*"}},
+    {true, true, {"ooo", "*oo", "o*o", "oo*"}},
 };
 
 struct Masks {
@@ -53,11 +44,11 @@ struct Masks {
 constexpr Masks kMasks[] = {{0x02, 0x08, 0x80, 0x200}, {0x04, 0x10, 0x100, 0x400}};
 
 const char* Expected(DWORD flag, const Masks& masks, PortType type) {
-    std::string protocols = flag & masks.infiniBand ? "i" : "";
-    if (flag & masks.ethernet) protocols += "e";
-    if (protocols.empty()) protocols = "ie";
+    const bool infiniBand = (flag & masks.infiniBand) != 0;
+    const bool ethernet = (flag & masks.ethernet) != 0;
+    if (infiniBand != ethernet) return ethernet ? "-X-" : "X--";
     for (const Rendering& row : kRenderings) {
-        if (row.protocols == protocols && row.sensing == ((flag & masks.sensing) != 0) &&
+        if (row.sensing == ((flag & masks.sensing) != 0) &&
             row.autoIsEthernet == ((flag & masks.autoIsEthernet) != 0))
             return row.shown[type];
     }

@@ -20,12 +20,6 @@ std::string Card(const std::string& values, const std::string& guid = kCardGuid)
     return FactLines("Cards\\" + guid, values);
 }
 
-std::vector<BYTE> Bytes(Net64 guid) {
-    std::vector<BYTE> bytes(sizeof guid);
-    std::memcpy(bytes.data(), &guid, sizeof guid);
-    return bytes;
-}
-
 std::vector<Net64> Guids(void* layer) {
     SIZE_T count = 0;
     EXPECT_EQ(ib_get_ca_guids(layer, nullptr, &count), kInsufficientMemory);
@@ -93,10 +87,8 @@ TEST(AccessLayer, ChargesTheClockForEachMeasurement) {
     } kCases[] = {
         {"near node", "90,40", "0,0,1,1", {1, 1, {}}, 40},
         {"far node", "90,40", "0,0,1,1", {2, 0, {}}, 90},
-        {"lowest of several processors", "90,40", "0,1,1,1", {3, 0, {}}, 90},
         {"not pinned", "90,40", "1,0,0,0", {0, 0, {}}, 40},
         {"a node beyond the list", "90", "0,0,7,7", {1, 1, {}}, 10},
-        {"no number", "90,fast", "0,0,1,1", {1, 1, {}}, 10},
         {"no time at all", "90,0", "0,0,1,1", {1, 1, {}}, 0},
         {"a processor of unknown node", "90,40", "0,0,-,1", {1, 1, {}}, 10},
     };
@@ -112,33 +104,6 @@ TEST(AccessLayer, ChargesTheClockForEachMeasurement) {
         EXPECT_EQ(probe.Measure(), test.expected) << "ready for the next measurement";
         const DWORD idle = GetTickCount();
         EXPECT_EQ(GetTickCount(), idle) << "no store, no time";
-    }
-}
-
-TEST(AccessLayer, ListsTheCardsOfTheFacts) {
-    FactsMachine machine;
-    void* layer = nullptr;
-    ASSERT_EQ(ib_open_al(&layer), kSuccess);
-    EXPECT_EQ(Guids(layer).size(), 0u);
-    machine.Merge(Card("", "ffffffffffffffff") + Card("", "0000000000000001") +
-                  Card("", "000000000000001") + Card("", "000000000000000x"));
-    const std::vector<Net64> guids = Guids(layer);
-    ASSERT_EQ(guids.size(), 2u);
-    EXPECT_EQ(Bytes(guids[0]), (std::vector<BYTE>{0, 0, 0, 0, 0, 0, 0, 1}));
-
-    void* card = nullptr;
-    EXPECT_EQ(ib_open_ca(layer, 42, nullptr, nullptr, &card), kNotFound);
-    EXPECT_EQ(ib_close_al(layer), kSuccess);
-}
-
-TEST(AccessLayer, PortsThatAreNoGuidsFailTheQuery) {
-    for (const std::string ports :
-         {"12", "000000000000000g", "0000000000000001;;0000000000000002"}) {
-        SCOPED_TRACE(ports);
-        FactsMachine machine(Card("\"Ports\"=\"" + ports + "\""));
-        const Probe probe;
-        UINT32 size = 0;
-        EXPECT_EQ(ib_query_ca(probe.card, nullptr, &size), kError);
     }
 }
 

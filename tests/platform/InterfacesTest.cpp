@@ -1,4 +1,4 @@
-// The table of network interfaces.
+// The tables of network interfaces and of IP adapters, as the facts give them.
 
 #include <string>
 #include <vector>
@@ -25,81 +25,125 @@ std::string Connection(const std::string& name) {
                     "\"Name\"=\"" + name + "\"");
 }
 
-// The rows of the machine's table.
-std::vector<MIB_IF_ROW2> Rows() {
-    PMIB_IF_TABLE2 table = nullptr;
-    EXPECT_EQ(GetIfTable2(&table), DWORD{NO_ERROR});
-    const std::vector<MIB_IF_ROW2> rows(table->Table, table->Table + table->NumEntries);
-    FreeMibTable(table);
-    return rows;
-}
-
 std::string Hex(const UCHAR* bytes, std::size_t count) {
     std::string text;
     for (std::size_t i = 0; i < count; ++i) {
-        constexpr char kDigits[] = "0123456789ABCDEF";
-        text += kDigits[bytes[i] >> 4];
-        text += kDigits[bytes[i] & 15];
+        text += "0123456789ABCDEF"[bytes[i] >> 4];
+        text += "0123456789ABCDEF"[bytes[i] & 15];
     }
     return text;
 }
 
-TEST(Interfaces, FollowTheLoopbackInTheOrderOfTheirKeys) {
-    FactsMachine machine(Interface("\"Alias\"=\"b\"", "{B0000000-0000-0000-0000-000000000000}") +
-                         Interface("\"Alias\"=\"a\"", "{a0000000-0000-0000-0000-000000000000}") +
-                         Interface("\"Alias\"=\"no GUID\"", "lan"));
-    const auto rows = Rows();
-    ASSERT_EQ(rows.size(), 3u);
-    EXPECT_EQ(rows[0].Type, ULONG{IF_TYPE_SOFTWARE_LOOPBACK});
-    EXPECT_EQ(rows[1].Alias, std::u16string(u"a"));
-    EXPECT_EQ(rows[2].Alias, std::u16string(u"b"));
-    EXPECT_EQ(rows[2].InterfaceGuid.Data1, 0xB0000000u);
-    EXPECT_NE(rows[1].InterfaceIndex, rows[2].InterfaceIndex);
+// The rows behind the loopback: alias, permanent and current address, status.
+std::vector<std::string> Rows() {
+    PMIB_IF_TABLE2 table = nullptr;
+    EXPECT_EQ(GetIfTable2(&table), DWORD{NO_ERROR});
+    EXPECT_EQ(table->Table[0].Type, ULONG{IF_TYPE_SOFTWARE_LOOPBACK});
+    std::vector<std::string> rows;
+    for (ULONG i = 1; i < table->NumEntries; ++i) {
+        const MIB_IF_ROW2& row = table->Table[i];
+        rows.push_back(platform::ToUtf8(row.Alias) + " " +
+                       Hex(row.PermanentPhysicalAddress, row.PhysicalAddressLength) + " " +
+                       Hex(row.PhysicalAddress, row.PhysicalAddressLength) + " " +
+                       std::to_string(row.OperStatus));
+    }
+    FreeMibTable(table);
+    return rows;
 }
 
-TEST(Interfaces, ShowTheirFacts) {
+// The adapters behind the loopback: name, friendly name, status and addresses.
+std::vector<std::string> Adapters() {
+    ULONG size = 0;
+    EXPECT_EQ(GetAdaptersAddresses(AF_INET, 0, nullptr, nullptr, &size),
+              ULONG{ERROR_BUFFER_OVERFLOW});
+    std::vector<ULONGLONG> block(size / sizeof(ULONGLONG), 5);
+    auto* entry = reinterpret_cast<IP_ADAPTER_ADDRESSES*>(block.data());
+    ULONG less = size - 1;
+    EXPECT_EQ(GetAdaptersAddresses(AF_INET, 0, nullptr, entry, &less),
+              ULONG{ERROR_BUFFER_OVERFLOW});
+    EXPECT_EQ(less, size);
+    EXPECT_EQ(block, std::vector<ULONGLONG>(block.size(), 5)) << "a short buffer is left alone";
+    EXPECT_EQ(GetAdaptersAddresses(AF_INET, 0, nullptr, entry, &size), ULONG{NO_ERROR});
+    std::vector<std::string> entries;
+    while ((entry = entry->Next) != nullptr) {
+        std::string text = std::string(entry->AdapterName) + " " +
+                           platform::ToUtf8(entry->FriendlyName) + " " +
+                           std::to_string(entry->OperStatus);
+        for (auto* address = entry->FirstUnicastAddress; address; address = address->Next) {
+            const auto* bytes = reinterpret_cast<const UCHAR*>(address->Address.lpSockaddr);
+            const bool isIpv4 = address->Address.lpSockaddr->sa_family == AF_INET;
+            text += " " + Hex(bytes + (isIpv4 ? 4 : 8), isIpv4 ? 4 : 16);
+        }
+        entries.push_back(text);
+    }
+    return entries;
+}
+
+TEST(Interfaces, StandInBothTablesAsTheirFactsSay) {
+    const std::string guid = kGuid;
     const struct {
         const char* why;
         std::string facts;
-        std::string alias;
-        std::string permanent;
-        std::string current;
-        IF_OPER_STATUS status;
-    } kCases[] = {
-        {"all told",
+        std::vector<std::string> rows, adapters;
+    } cases[] = {
+        {"no adapter", "", {}, {}},
+        {"all told, addresses in their order, whatever family is asked for",
          Interface("\"Alias\"=\"LAN\"\n\"PermanentAddress\"=\"00-02-C9-11-22-33\"\n"
-                   "\"CurrentAddress\"=\"02-00-00-00-00-01\"\n\"Up\"=dword:0") +
+                   "\"CurrentAddress\"=\"02-00-00-00-00-01\"\n\"Up\"=dword:0\n"
+                   "\"Addresses\"=\"fe80::1%3; 192.168.7.10\"") +
              Connection("other"),
-         "LAN", "0002C9112233", "020000000001", IfOperStatusDown},
+         {"LAN 0002C9112233 020000000001 2"},
+         {guid + " LAN 2 FE800000000000000000000000000001 C0A8070A"}},
         {"the name of the connection, the permanent address, up",
          Interface("\"PermanentAddress\"=\"00-02-c9-11-22-33\"") + Connection("Local Area"),
-         "Local Area", "0002C9112233", "0002C9112233", IfOperStatusUp},
-        {"nothing but the key", Interface(""), "", "", "", IfOperStatusUp},
-        {"the longest name", Interface("\"Alias\"=\"" + std::string(300, 'x') + "\""),
-         std::string(256, 'x'), "", "", IfOperStatusUp},
+         {"Local Area 0002C9112233 0002C9112233 1"},
+         {guid + " Local Area 1"}},
+        {"hidden, with the longest name",
+         Interface("\"Hidden\"=dword:1\n\"Alias\"=\"" + std::string(300, 'x') + "\""),
+         {std::string(256, 'x') + "   1"},
+         {}},
+        {"in the order of their keys, spelled as these, and no others",
+         Interface("\"Alias\"=\"b\"", "{B0000000-0000-0000-0000-000000000000}") +
+             Interface("\"Alias\"=\"a\"", "{a0000000-0000-0000-0000-000000000000}") +
+             Interface("\"Alias\"=\"no GUID\"", "lan"),
+         {"a   1", "b   1"},
+         {"{a0000000-0000-0000-0000-000000000000} a 1",
+          "{B0000000-0000-0000-0000-000000000000} b 1"}},
     };
-    for (const auto& test : kCases) {
-        SCOPED_TRACE(test.why);
-        FactsMachine machine(test.facts);
-        const auto rows = Rows();
-        ASSERT_EQ(rows.size(), 2u);
-        const MIB_IF_ROW2& row = rows[1];
-        EXPECT_EQ(platform::ToUtf8(row.Alias), test.alias);
-        EXPECT_EQ(Hex(row.PermanentPhysicalAddress, test.permanent.size() / 2), test.permanent);
-        EXPECT_EQ(Hex(row.PhysicalAddress, row.PhysicalAddressLength), test.current);
-        EXPECT_EQ(row.OperStatus, test.status);
-        EXPECT_EQ(row.Type, ULONG{IF_TYPE_ETHERNET_CSMACD});
+    for (const auto& row : cases) {
+        SCOPED_TRACE(row.why);
+        const FactsMachine machine(row.facts);
+        EXPECT_EQ(Rows(), row.rows);
+        EXPECT_EQ(Adapters(), row.adapters);
     }
 }
 
-TEST(Interfaces, BrokenAddressesFailTheQuery) {
+TEST(Interfaces, AnAddressThatCannotBeReadFailsTheQuery) {
     for (const std::string address : {"00-02-C9-11-22-3", "00:02", "00-", "x"}) {
-        SCOPED_TRACE(address);
-        FactsMachine machine(Interface("\"CurrentAddress\"=\"" + address + "\""));
+        const FactsMachine machine(Interface("\"CurrentAddress\"=\"" + address + "\""));
         PMIB_IF_TABLE2 table = nullptr;
-        EXPECT_EQ(GetIfTable2(&table), DWORD{ERROR_INVALID_DATA});
-        EXPECT_EQ(table, nullptr);
+        EXPECT_EQ(GetIfTable2(&table), DWORD{ERROR_INVALID_DATA}) << address;
     }
+    for (const std::string address : {"192.168.7", "192.168.7.256", "fe80::x", "1.2.3.4;;"}) {
+        const FactsMachine machine(Interface("\"Addresses\"=\"" + address + "\""));
+        ULONG size = 0;
+        EXPECT_EQ(GetAdaptersAddresses(AF_INET, 0, nullptr, nullptr, &size),
+                  ULONG{ERROR_INVALID_DATA})
+            << address;
+    }
+}
+
+TEST(Interfaces, AnOverflowThatIsLaidOverTellsTheSizeAsWell) {
+    FactsMachine machine;
+    ULONG needed = 0;
+    GetAdaptersAddresses(AF_UNSPEC, 0, nullptr, nullptr, &needed);
+    std::vector<ULONGLONG> block(needed / sizeof(ULONGLONG));
+    ULONG size = needed;
+    machine.machine.faults.FailCalls("GetAdaptersAddresses", u"", ERROR_BUFFER_OVERFLOW, 1, 1);
+    EXPECT_EQ(GetAdaptersAddresses(AF_UNSPEC, 0, nullptr,
+                                   reinterpret_cast<IP_ADAPTER_ADDRESSES*>(block.data()), &size),
+              ULONG{ERROR_BUFFER_OVERFLOW});
+    EXPECT_EQ(size, needed);
 }
 
 }  // namespace

@@ -15,8 +15,7 @@ constexpr DWORD kQueryGlobalStats = 0x170002;
 constexpr char16_t kDevice[] = u"\\\\.\\{11111111-2222-3333-4444-555555555555}";
 
 std::string Answers(const std::string& values) {
-    return "[" + FactsMachine::kStandIn + "\\Miniports\\{11111111-2222-3333-4444-555555555555}]\n" +
-           values + "\n";
+    return FactLines("Miniports\\{11111111-2222-3333-4444-555555555555}", values);
 }
 
 HANDLE Open(const char16_t* path) {
@@ -63,9 +62,6 @@ TEST(Miniports, AnswerFromTheirFacts) {
     }
     machine.Merge(Answers("\"0xFFA0C915\"=hex:07"));
     EXPECT_EQ(Ask(device, 0xFFA0C915, 8), (Outcome{0, {7}})) << "as the facts are now";
-    machine.machine.faults.FailCalls("DeviceIoControl", u"0xFFA0C915", 21);
-    EXPECT_EQ(Ask(device, 0xFFA0C915, 8), (Outcome{21, {}})) << "a fault of this OID";
-    EXPECT_EQ(Ask(device, 0x00010208, 8), (Outcome{0, {}}));
     CloseHandle(device);
 }
 
@@ -77,19 +73,6 @@ TEST(Miniports, OpenOnlyWhereADriverHasTheName) {
         EXPECT_EQ(Open(path), INVALID_HANDLE_VALUE);
         EXPECT_EQ(GetLastError(), DWORD{ERROR_FILE_NOT_FOUND});
     }
-}
-
-TEST(Miniports, OtherRequestsAreRefused) {
-    FactsMachine machine(Answers("\"0xFFA0C915\"=hex:01"));
-    const HANDLE device = Open(kDevice);
-    const HANDLE file = CreateFileW(u"C:\\x", GENERIC_WRITE, 0, nullptr, CREATE_NEW, 0, nullptr);
-    EXPECT_EQ(Ask(device, 0xFFA0C915, 8, 0x170004).error, DWORD{ERROR_INVALID_FUNCTION});
-    EXPECT_EQ(Ask(device, 0xFFA0C915, 8, kQueryGlobalStats, 2).error,
-              DWORD{ERROR_INVALID_PARAMETER});
-    EXPECT_EQ(Ask(file, 0xFFA0C915, 8).error, DWORD{ERROR_INVALID_FUNCTION});
-    EXPECT_EQ(Ask(nullptr, 0xFFA0C915, 8).error, DWORD{ERROR_INVALID_HANDLE});
-    CloseHandle(device);
-    CloseHandle(file);
 }
 
 }  // namespace

@@ -2,7 +2,6 @@
 
 #include <gtest/gtest.h>
 
-#include <random>
 #include <string>
 #include <vector>
 
@@ -10,7 +9,6 @@
 #include "MachineFile.h"
 #include "Registry.h"
 #include "RegistryChanges.h"
-#include "Seeds.h"
 #include "Text.h"
 
 namespace {
@@ -149,65 +147,6 @@ TEST(RegistryChanges, ANameThatNoFileCanHoldIsNotMangled) {
         to.SetValue(*key, named.value, REG_SZ, {});
         EXPECT_EQ(FormatChanges(from, to, {}).has_value(), named.canBeWritten);
         EXPECT_TRUE(FormatChanges(to, to, {})) << "unchanged, it isn't mentioned";
-    }
-}
-
-// Edits as they come from anywhere, with names that collide but for their case.
-void EditAtRandom(RegistryTree& tree, std::mt19937_64& random) {
-    const auto oneOf = [&random](const auto& choices) -> const auto& {
-        return choices[random() % std::size(choices)];
-    };
-    static constexpr const char16_t* kTops[] = {u"SOFTWARE", u"Software",
-                                                u"SYSTEM\\CurrentControlSet",
-                                                u"SYSTEM\\ControlSet001", u"SOFTWARE\\Left"};
-    static constexpr const char16_t* kParts[] = {u"Out", u"a",     u"A",  u"b]",   u"-c;",
-                                                 u"é",   u"É\"=@", u"d ", u"[e\r", u"Left"};
-    static constexpr const char16_t* kNames[] = {
-        u"", u"a", u"A", u"b", u"B", u"c\\\"", u"two\r\nlines", u"é", u"É", u"=-", u";x"};
-    static constexpr DWORD kTypes[] = {REG_NONE, REG_SZ, REG_BINARY, REG_DWORD, REG_MULTI_SZ};
-    static constexpr BYTE kData[] = {0x41, 0, 0x22, 0, 0x0A, 0, 0, 0, 0, 0xD8, 0, 0};
-
-    const auto root = random() % 8 == 0 ? RegistryRoot::CurrentUser : RegistryRoot::LocalMachine;
-    std::u16string path = oneOf(kTops);
-    for (std::uint64_t depth = random() % 4; depth > 0; --depth)
-        path.append(u"\\").append(oneOf(kParts));
-    const auto key = tree.Find(root, path);
-    const std::u16string name = oneOf(kNames);
-    const std::uint64_t edit = random() % 10;
-    if (edit == 0) {
-        if (key && !key->IsRoot()) tree.Delete(key);
-    } else if (edit == 1) {
-        tree.Create(tree.Root(root), path);
-    } else if (edit <= 3) {
-        if (key) tree.DeleteValue(*key, name);
-    } else if (edit == 4) {  // deleted and set again to the same
-        if (const auto* value = key ? key->FindValue(name) : nullptr) {
-            const platform::RegistryValue kept = *value;
-            tree.DeleteValue(*key, name);
-            tree.SetValue(*key, name, kept.Type(), kept.Data());
-        }
-    } else {
-        const std::size_t at = random() % 6 * 2;
-        tree.SetValue(*tree.Create(tree.Root(root), path), name, oneOf(kTypes),
-                      std::span(kData).subspan(at, random() % (sizeof kData - at + 1)));
-    }
-}
-
-TEST(RegistryChanges, LeadBothWaysBetweenAnyTwoRegistries) {
-    for (const std::uint64_t seed : Seeds(200)) {
-        SCOPED_TRACE("TEST_SEED=" + std::to_string(seed));
-        Machine machine;
-        ASSERT_FALSE(platform::LoadMachineFile(machine, File(kOneControlSet)));
-        std::mt19937_64 random(seed);
-        const auto edit = [&](int count) {
-            for (; count > 0; --count)
-                EditAtRandom(machine.Get<Registry>().Tree(), random);
-        };
-        edit(80);
-        const RegistryTree before = machine.Get<Registry>().Snapshot();
-        edit(seed % 2 ? 10 : 80);
-        ExpectBothWays(machine, before);
-        if (HasFailure()) return;
     }
 }
 

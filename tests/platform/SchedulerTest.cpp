@@ -1,4 +1,4 @@
-// Threads, waiting, the clock and the user's turns.
+// Threads, the clock and the user's turns.
 
 #include <functional>
 #include <optional>
@@ -76,60 +76,6 @@ TEST(SchedulerTest, TheClockMovesToWhatIsDueAndNoFurther) {
     }
 }
 
-// What the user does happens before the clock moves, and while he waits the others run.
-TEST(SchedulerTest, TheUserActsBetweenWhatTheThreadsDo) {
-    FactsMachine facts;
-    Scheduler& scheduler = facts.machine.scheduler;
-    bool stop = false;
-    Times polls;
-    const Worker worker([&] {
-        while (!stop) {
-            polls.push_back(scheduler.Now());
-            Sleep(5'000);
-        }
-    });
-    const struct {
-        Scheduler::Milliseconds expected;
-        std::function<void()> deed;
-    } turns[] = {
-        {0, [] {}},
-        {0, [&] { scheduler.UserWaits(12'000); }},
-        {12'000,
-         [&] {
-             scheduler.UserWakesAt(13'500);
-             scheduler.UserWaits(3'000);
-         }},
-        {13'500, [] {}},
-        {15'000, [&] { stop = true; }},
-    };
-    for (const auto& turn : turns) {
-        while (scheduler.BlockIdle(
-                   "GetMessageW", [] { return false; }, std::nullopt, false) !=
-               Scheduler::Wake::UserTurn) {
-        }
-        EXPECT_EQ(scheduler.Now(), turn.expected);
-        turn.deed();
-    }
-    EXPECT_EQ(polls, (Times{0, 5'000, 10'000, 15'000}));
-}
-
-TEST(SchedulerTest, AnIdleUserIsAskedAgainOnlyAfterSomethingHappened) {
-    FactsMachine facts;
-    Scheduler& scheduler = facts.machine.scheduler;
-    bool ended = false;
-    const Worker worker([&] {
-        Sleep(1'000);
-        Sleep(1'000);
-        ended = true;
-    });
-    Times asked;
-    while (scheduler.BlockIdle(
-               "GetMessageW", [&] { return ended; }, std::nullopt, !asked.empty()) !=
-           Scheduler::Wake::Ready)
-        asked.push_back(scheduler.Now());
-    EXPECT_EQ(asked, (Times{0, 1'000}));
-}
-
 TEST(SchedulerTest, AMachineThatNobodyWouldStopEnds) {
     Machine machine;
     const Worker worker([] {
@@ -164,94 +110,6 @@ TEST(SchedulerTest, AnExceptionThatLeavesAThreadEndsTheMachine) {
         EXPECT_EQ(end.reason, row.reason);
         EXPECT_EQ(machine.scheduler.Now(), 0U);
     }
-}
-
-TEST(WaitingTest, WhichHandleEndsTheWait) {
-    const struct {
-        std::vector<int> set;  // the events that are set, of three; the last one resets itself
-        BOOL all;
-        DWORD result;
-        std::vector<int> left;  // set afterwards
-        const char* why;
-    } cases[] = {
-        {{}, FALSE, WAIT_TIMEOUT, {}, "none is set"},
-        {{1, 2}, FALSE, WAIT_OBJECT_0 + 1, {1, 2}, "the first in order, and only that one"},
-        {{2}, FALSE, WAIT_OBJECT_0 + 2, {}, "it resets itself"},
-        {{0, 2}, TRUE, WAIT_TIMEOUT, {0, 2}, "one is missing, and nothing is taken"},
-        {{0, 1, 2}, TRUE, WAIT_OBJECT_0, {0, 1}, "all are taken"},
-    };
-    for (const auto& row : cases) {
-        SCOPED_TRACE(row.why);
-        FactsMachine machine;
-        HANDLE events[3];
-        for (int i = 0; i < 3; ++i)
-            events[i] = CreateEventW(nullptr, i < 2, FALSE, nullptr);
-        for (const int i : row.set)
-            EXPECT_TRUE(SetEvent(events[i]));
-        EXPECT_EQ(WaitForMultipleObjects(3, events, row.all, 20), row.result);
-        std::vector<int> left;
-        for (int i = 0; i < 3; ++i) {
-            if (WaitForSingleObject(events[i], 0) == WAIT_OBJECT_0) left.push_back(i);
-            EXPECT_TRUE(CloseHandle(events[i]));
-        }
-        EXPECT_EQ(left, row.left);
-    }
-}
-
-TEST(WaitingTest, WrongHandlesAreRefused) {
-    FactsMachine machine;
-    const HANDLE mutex = CreateMutexW(nullptr, FALSE, nullptr);
-    EXPECT_EQ(ErrorOf(SetEvent(mutex)), ERROR_INVALID_HANDLE);
-    EXPECT_EQ(ErrorOf(ReleaseMutex(mutex)), ERROR_NOT_OWNER);
-    const Worker worker([] { SetLastError(99); });
-    Sleep(1);
-    EXPECT_EQ(GetLastError(), DWORD{ERROR_NOT_OWNER}) << "each thread has its own";
-    EXPECT_TRUE(CloseHandle(mutex));
-    EXPECT_EQ(ErrorOf(CloseHandle(mutex)), ERROR_INVALID_HANDLE);
-    EXPECT_EQ(WaitForSingleObject(mutex, 0), WAIT_FAILED);
-}
-
-TEST(WaitingTest, AMutexIsItsOwnersUntilTheLastRelease) {
-    for (const std::uint64_t seed : Seeds(4)) {
-        SCOPED_TRACE(seed);
-        FactsMachine machine({}, seed);
-        const HANDLE mutex = CreateMutexW(nullptr, TRUE, nullptr);
-        std::vector<DWORD> results;
-        EXPECT_EQ(WaitForSingleObject(mutex, 0), WAIT_OBJECT_0);
-        {
-            const Worker worker([&] {
-                results.push_back(WaitForSingleObject(mutex, 100));
-                results.push_back(WaitForSingleObject(mutex, INFINITE));
-                ReleaseMutex(mutex);
-            });
-            Sleep(50);
-            EXPECT_TRUE(ReleaseMutex(mutex));
-            Sleep(450);
-            EXPECT_EQ(results, std::vector<DWORD>{WAIT_TIMEOUT});
-            EXPECT_TRUE(ReleaseMutex(mutex));
-        }
-        EXPECT_EQ(results, (std::vector<DWORD>{WAIT_TIMEOUT, WAIT_OBJECT_0}));
-        EXPECT_TRUE(CloseHandle(mutex));
-    }
-}
-
-TEST(WaitingTest, AnOwnerThatEndsAbandonsItsMutex) {
-    FactsMachine machine;
-    const HANDLE event = CreateEventW(nullptr, FALSE, FALSE, nullptr);
-    const HANDLE mutex = CreateMutexW(nullptr, FALSE, nullptr);
-    const Worker worker([&] {
-        WaitForSingleObject(mutex, INFINITE);
-        WaitForSingleObject(mutex, INFINITE);
-        Sleep(10);
-    });
-    Sleep(5);
-    const HANDLE handles[] = {event, mutex};
-    EXPECT_EQ(WaitForMultipleObjects(2, handles, FALSE, INFINITE), WAIT_ABANDONED_0 + 1);
-    EXPECT_TRUE(ReleaseMutex(mutex));
-    EXPECT_EQ(WaitForSingleObject(mutex, 0), WAIT_OBJECT_0) << "only the next owner hears of it";
-    EXPECT_TRUE(ReleaseMutex(mutex));
-    EXPECT_TRUE(CloseHandle(mutex));
-    EXPECT_TRUE(CloseHandle(event));
 }
 
 }  // namespace

@@ -1,11 +1,10 @@
-// The system's version, clock and commands, and the reboot.
+// The system's version, and the reboot.
 
 #include <string>
 #include <vector>
 
 #include <windows.h>
 
-#include "Commands.h"
 #include "FactsMachine.h"
 #include "Facts.h"
 
@@ -60,36 +59,6 @@ TEST(Version, IsWhatTheFactsOrElseTheExportSay) {
         EXPECT_EQ(version.dwMajorVersion, test.major);
         EXPECT_EQ(version.dwMinorVersion, test.minor);
         EXPECT_EQ(version.wProductType, test.product);
-    }
-}
-
-TEST(Clock, ShowsTheMachinesLocalTime) {
-    FactsMachine machine(FactLines("", "\"Time\"=\"2024-02-29 23:59\""));
-    machine.machine.scheduler.Advance(61'005);
-    EXPECT_EQ(GetTickCount(), 61'005u);
-    SYSTEMTIME time = {};
-    GetLocalTime(&time);
-    EXPECT_EQ((std::vector<WORD>{time.wYear, time.wMonth, time.wDay, time.wDayOfWeek, time.wHour,
-                                 time.wMinute, time.wSecond, time.wMilliseconds}),
-              (std::vector<WORD>{2024, 3, 1, 5, 0, 0, 1, 5}));
-}
-
-TEST(Commands, GiveTheResultsOfTheFactsInTurn) {
-    const struct {
-        const char* facts;  // null: none
-        std::vector<UINT> results;
-    } kCases[] = {
-        {nullptr, {33, 33}},
-        {"2,33,-1", {2, 33, 0xFFFFFFFF, 0xFFFFFFFF}},
-        {"", {33}},
-        {"33,none", {33, ERROR_INVALID_DATA}},
-    };
-    for (const auto& test : kCases) {
-        FactsMachine machine(
-            test.facts ? FactLines("", std::string("\"NetshResult\"=\"") + test.facts + "\"") : "");
-        for (const UINT result : test.results)
-            EXPECT_EQ(WinExec("netsh x", 0), result);
-        EXPECT_EQ(machine.machine.Get<Commands>().lines.size(), test.results.size());
     }
 }
 

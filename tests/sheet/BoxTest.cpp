@@ -40,10 +40,8 @@ TEST(Boxes, AreAnsweredWithWhatWasQueuedElseWithOkOrYes) {
         const auto result = program.Run("open Performance\npress 1086\n" + answered.script);
         EXPECT_EQ(result.code, 0) << result.err;
         EXPECT_EQ(Boxes(result), answered.boxes);
-        EXPECT_NE(result.out.find("box | GeneralTuning | 65 | This feature will tune"),
-                  std::string::npos);
-        EXPECT_NE(result.out.find("reboot your machine.\\n\\nClick OK to continue"),
-                  std::string::npos);
+        EXPECT_TRUE(Has(result.out, "box | GeneralTuning | 65 | This feature will tune"));
+        EXPECT_TRUE(Has(result.out, "reboot your machine.\\n\\nClick OK to continue"));
     }
 }
 
@@ -51,8 +49,8 @@ TEST(Boxes, ABoxThatIsUpBlocksTheSheetAndIsShown) {
     const Program program(Sample().TcpToChange());
     const std::string hold = "open Performance\npress 1086\nanswer hold\npress 1090\n";
     const auto result = program.Run(hold + "controls\nshow\nbox cancel\n");
-    EXPECT_NE(result.out.find("| Button | OK | shown,enabled"), std::string::npos) << result.out;
-    EXPECT_NE(result.out.find("┌─ GeneralTuning ─"), std::string::npos);
+    EXPECT_TRUE(Has(result.out, "| Button | OK | shown,enabled")) << result.out;
+    EXPECT_TRUE(Has(result.out, "┌─ GeneralTuning ─"));
     for (const char* blocked : {"ok", "apply", "cancel", "open Performance", "press 1090"})
         EXPECT_EQ(program.Run(hold + blocked + "\n").code, 2) << blocked;
 }
@@ -66,10 +64,10 @@ TEST(Boxes, ARefusalCarriesNothingOn) {
         const auto result = program.Run("open Performance\npress 1086\n" + std::string(script),
                                         {"--save", program.Path("after.reg")});
         EXPECT_EQ(result.code, 2);
-        EXPECT_NE(result.out.find(" | cancel\n"), std::string::npos) << result.out;
+        EXPECT_TRUE(Has(result.out, " | cancel\n")) << result.out;
         const auto after = program.RunWith({program.Path("after.reg"), "--script", "-"},
                                            "reg " + Sample::ClassKey(1) + "\n");
-        EXPECT_EQ(after.out.find("TuningScenario"), std::string::npos) << after.out;
+        EXPECT_FALSE(Has(after.out, "TuningScenario")) << after.out;
     }
 }
 
@@ -80,8 +78,8 @@ TEST(Boxes, AnEmptyTextIsATextAndABreakStaysInItsLine) {
                               .With("SOFTWARE\\StandIn", R"("NetshResult"=hex(1):)"));
     const auto result = program.Run("controls\nshow\n");
     ASSERT_EQ(result.code, 0) << result.err;
-    EXPECT_NE(result.out.find("| Driver Version | 1\\n2 |"), std::string::npos) << result.out;
-    EXPECT_EQ(result.out.find('\r'), std::string::npos);
+    EXPECT_TRUE(Has(result.out, "| Driver Version | 1\\n2 |")) << result.out;
+    EXPECT_FALSE(Has(result.out, "\r"));
 }
 
 TEST(Clock, ACommandComesWhenItsTimeHasCome) {
@@ -90,9 +88,8 @@ TEST(Clock, ACommandComesWhenItsTimeHasCome) {
         "open Performance\npress 1086\nanswer hold\nat 60000 box ok\nanswer ok\nanswer no\n"
         "press 1090\nwait 70000\nlog\n");
     ASSERT_EQ(result.code, 0) << result.err;
-    EXPECT_NE(result.out.find("19-11-2026 8:05 : Start Corvanta Tessaron Ethernet general"),
-              std::string::npos);
-    EXPECT_NE(result.out.find("19-11-2026 8:06 : New Registry entry"), std::string::npos)
+    EXPECT_TRUE(Has(result.out, "19-11-2026 8:05 : Start Corvanta Tessaron Ethernet general"));
+    EXPECT_TRUE(Has(result.out, "19-11-2026 8:06 : New Registry entry"))
         << "the question was up for a minute";
 }
 

@@ -2,9 +2,12 @@
 
 #include <gtest/gtest.h>
 
-#include <utility>
+#include <cstdint>
 
+#include "../hostile/Hostile.h"
+#include "MachineFile.h"
 #include "Program.h"
+#include "Seeds.h"
 
 namespace {
 
@@ -47,24 +50,68 @@ void ExpectBothWays(const Program& program, const std::string& machine, const st
         << FileText(undone);
 }
 
+std::string Session(const std::vector<const char*>& scenarios) {
+    std::string session = "open Performance\n";
+    for (const char* scenario : scenarios)
+        session += "press " + std::string(scenario) + "\npress 1090\n";
+    return session;
+}
+
 TEST(Changes, LeadBothWaysAfterEachScenario) {
-    const std::pair<const char*, std::vector<const char*>> kCases[] = {
-        {"two-port-ethernet.reg", {"1086"}},
-        {"two-port-ethernet.reg", {"1088"}},
-        {"two-port-ethernet.reg", {"1098"}},
-        {"two-port-ethernet.reg", {"1088", "1095"}},  // set, then deleted again
-        {"two-port-ethernet.reg", {"1095", "1098", "1096", "1087"}},
-        {"two-port-ipoib.reg", {"1088"}},
-        {"single-port.reg", {"1096", "1095"}},
-        {"plain-export.reg", {"1087"}},  // a control set by its number, no StandIn key
+    const struct {
+        const char* machine;
+        std::vector<std::vector<const char*>> sessions;
+    } kCases[] = {
+        {"two-port-ethernet.reg",
+         {{"1086"},
+          {"1087"},
+          {"1088"},
+          {"1096"},
+          {"1098"},
+          {"1095"},
+          {"1088", "1095"},  // set, then deleted again
+          {"1095", "1098", "1096", "1087"}}},
+        {"two-port-ipoib.reg", {{"1088"}}},
+        {"single-port.reg", {{"1086"}, {"1088"}, {"1096"}, {"1098"}, {"1095"}, {"1096", "1095"}}},
+        {"plain-export.reg", {{"1087"}}},  // a control set by its number, no StandIn key
     };
     const Program program;
-    for (const auto& [machine, buttons] : kCases) {
-        std::string session = "open Performance\n";
-        for (const char* button : buttons)
-            session += "press " + std::string(button) + "\npress 1090\n";
-        SCOPED_TRACE(machine + ("\n" + session));
-        ExpectBothWays(program, SOURCE_DIR "/samples/" + std::string(machine), session, true);
+    for (const auto& [machine, sessions] : kCases) {
+        for (const auto& scenarios : sessions) {
+            SCOPED_TRACE(machine + ("\n" + Session(scenarios)));
+            ExpectBothWays(program, SOURCE_DIR "/samples/" + std::string(machine),
+                           Session(scenarios), true);
+        }
+    }
+}
+
+// Whatever stands there, of any type, in any order, under a name in another case.
+TEST(Changes, LeadBothWaysFromAnyRegistry) {
+    static constexpr const char16_t* kNames[] = {u"DefaultRecvRingProcessor",
+                                                 u"txINTERRUPTprocessor",
+                                                 u"TxForwardingProcessor",
+                                                 u"*ReceiveBuffers",
+                                                 u"useRSSforUDP",
+                                                 u"UseSendFwQueue",
+                                                 u"*RssBaseProcNumber",
+                                                 u"*rssMaxPROCnumber",
+                                                 u"RecvCompletionMethod",
+                                                 u"SingleStream",
+                                                 u"x = \"\u00E9\"",
+                                                 u""};
+    const std::vector<const char*> scenarios = {"1086", "1087", "1088", "1096", "1098", "1095"};
+    for (const std::uint64_t seed : Seeds(6)) {
+        SCOPED_TRACE("TEST_SEED=" + std::to_string(seed));
+        Hostile hostile(seed);
+        Sample sample;
+        sample.TcpToChange();
+        for (int i = 0; i < 16; ++i)
+            sample.PortValue(1 + i % 2, platform::FormatValue(hostile.OneOf(kNames), hostile.Type(),
+                                                              hostile.Data({})));
+        const Program program(sample);
+        ExpectBothWays(program, program.Machine(),
+                       Session({hostile.OneOf(scenarios), scenarios[seed % scenarios.size()]}),
+                       true);
     }
 }
 

@@ -3,6 +3,7 @@
 #include <gtest/gtest.h>
 
 #include <algorithm>
+#include <filesystem>
 #include <map>
 #include <utility>
 
@@ -185,6 +186,15 @@ void ExpectAgreementThroughout(const std::string& machine, const std::vector<std
         SCOPED_TRACE("after " + presses[i]);
         const std::vector<DrawnPort> ports = ReadDrawing(looks[i].drawn);
         ASSERT_EQ(ports.size(), keys.size());
+        const bool isTuned = presses[i].ends_with("press 1090\n");
+        const std::string scenario = isTuned ? presses[i].substr(6, 4) : "";
+        EXPECT_EQ(std::any_of(keys.begin(), keys.end(),
+                              [&](const std::string& key) {
+                                  const Values& values = looks[i].values.at(key);
+                                  const auto value = values.find("TuningScenario");
+                                  return value != values.end() && value->second == scenario;
+                              }),
+                  isTuned && scenario != "1095");
         for (std::size_t port = 0; port < ports.size(); ++port) {
             SCOPED_TRACE(ports[port].heading);
             ExpectAgreement(ports[port], looks[i].values.at(keys[port]), processors);
@@ -192,34 +202,46 @@ void ExpectAgreementThroughout(const std::string& machine, const std::vector<std
     }
 }
 
+// The scenarios that the tab of the first port offers.
+std::vector<std::string> Offered(const std::string& machine) {
+    const auto shown =
+        Program().RunWith({machine, "--script", "-"}, "open Performance\ncontrols\n");
+    std::vector<std::string> offered;
+    for (const std::string& line : shown.Lines()) {
+        if (line.ends_with("enabled,unchecked") || line.ends_with("enabled,checked"))
+            offered.push_back(line.substr(std::string("control | ").size(), 4));
+    }
+    return offered;
+}
+
 TEST(Placement, AgreesWithTheRegistryForEachSampleAndScenario) {
-    using Ids = std::vector<const char*>;
-    const Ids all = {"1086", "1098", "1087", "1088", "1096", "1095"};
-    const Ids notOfTwoKinds = {"1086", "1098", "1096", "1095"};
-    const struct {
-        const char* sample;
+    struct Card {
         int processors;
         std::vector<std::string> keys;
-        Ids scenarios;
-    } kCases[] = {
-        {"empty-node.reg", 8, {"0017", "0018"}, all},
-        {"mixed-ports.reg", 8, {"0013", "0014"}, notOfTwoKinds},
-        {"plain-export.reg", 8, {"0021", "0022"}, all},
-        {"port-types.reg", 8, {"0024", "0023"}, notOfTwoKinds},
-        {"server-release-4.reg", 16, {"0006", "0007"}, all},
-        {"single-port.reg", 4, {"0008"}, {"1086", "1098", "1088", "1096", "1095"}},
-        {"three-nodes.reg", 12, {"0015", "0016"}, all},
-        {"two-port-ethernet.reg", 16, {"0011", "0012"}, all},
-        {"two-port-ipoib.reg", 12, {"0009", "0010"}, {"1086", "1087", "1088", "1096", "1095"}},
-        {"unicode-name.reg", 8, {"0019", "0020"}, all},
     };
-    for (const auto& machine : kCases) {
-        SCOPED_TRACE(machine.sample);
+    const std::map<std::string, Card> kCards = {
+        {"empty-node.reg", {8, {"0017", "0018"}}},
+        {"mixed-ports.reg", {8, {"0013", "0014"}}},
+        {"plain-export.reg", {8, {"0021", "0022"}}},
+        {"port-types.reg", {8, {"0024", "0023"}}},
+        {"server-release-4.reg", {16, {"0006", "0007"}}},
+        {"single-port.reg", {4, {"0008"}}},
+        {"three-nodes.reg", {12, {"0015", "0016"}}},
+        {"two-port-ethernet.reg", {16, {"0011", "0012"}}},
+        {"two-port-ipoib.reg", {12, {"0009", "0010"}}},
+        {"unicode-name.reg", {8, {"0019", "0020"}}},
+    };
+    for (const auto& file : std::filesystem::directory_iterator(kSamples)) {
+        if (file.path().extension() != ".reg") continue;
+        SCOPED_TRACE(file.path());
+        const auto card = kCards.find(file.path().filename());
+        ASSERT_NE(card, kCards.end()) << "isn't in the table";
+        const std::vector<std::string> scenarios = Offered(file.path());
+        ASSERT_GE(scenarios.size(), 4U);
         std::vector<std::string> presses = {""};
-        for (const char* id : machine.scenarios)
-            presses.push_back("press " + std::string(id) + "\npress 1090\n");
-        ExpectAgreementThroughout(kSamples + machine.sample, machine.keys, presses,
-                                  machine.processors);
+        for (const std::string& id : scenarios)
+            presses.push_back("press " + id + "\npress 1090\n");
+        ExpectAgreementThroughout(file.path(), card->second.keys, presses, card->second.processors);
     }
 }
 
@@ -247,7 +269,9 @@ TEST(Placement, FitsOnAnyMachine) {
     for (const auto& machine : kCases) {
         SCOPED_TRACE(machine.what);
         const Program program(Sample().Processors(machine.groups, machine.nodes));
-        const bool canBeTuned = machine.nodes.find('-') == std::string::npos;
+        // Not with a node that can't be queried, or holds more than 64.
+        const bool canBeTuned =
+            machine.nodes.find('-') == std::string::npos && machine.nodes != "0";
         const auto key = [](int port) { return Sample::ClassKey(port).substr(kClassKeys.size()); };
         ExpectAgreementThroughout(program.Machine(), {key(1), key(2)},
                                   {"", canBeTuned ? "press 1088\npress 1090\n" : "press 1088\n"},

@@ -39,3 +39,7 @@ class Program {
 };
 
 std::string FileText(const std::filesystem::path& path);
+
+inline bool Has(const std::string& text, const std::string& part) {
+    return text.find(part) != std::string::npos;
+}

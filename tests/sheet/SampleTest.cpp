@@ -5,7 +5,7 @@
 #include <algorithm>
 #include <filesystem>
 #include <map>
-#include <sstream>
+#include <regex>
 
 #include "Program.h"
 
@@ -40,35 +40,33 @@ TEST(Samples, ADualPortRunFindsTheNearestNode) {
         const auto shown =
             program.RunWith({sample.string(), "--script", "-"}, "open Performance\nshow\n");
         EXPECT_TRUE(shown.out.starts_with("┌─ Corvanta Tessaron ")) << shown.err;
-        EXPECT_NE(shown.out.find("(o) [Default] Balanced tuning"), std::string::npos);
+        EXPECT_TRUE(Has(shown.out, "(o) [Default] Balanced tuning"));
         const auto line = kLines.find(sample.filename());
         if (line == kLines.end()) continue;
         const auto tuned = program.RunWith({sample.string(), "--script", "-"},
                                            "open Performance\npress 1087\npress 1090\nlog\n");
-        EXPECT_NE(tuned.out.find("box | Tuning succeeded |"), std::string::npos) << tuned.err;
-        EXPECT_NE(tuned.out.find(line->second), std::string::npos) << tuned.out;
+        EXPECT_TRUE(Has(tuned.out, "box | Tuning succeeded |")) << tuned.err;
+        EXPECT_TRUE(Has(tuned.out, line->second)) << tuned.out;
     }
 }
 
-// Each script says in its comment which machine it is for.
+// Each script says in its comment which machine and device it is for, and whether it ends refused.
 TEST(Samples, EachScriptRunsOnTheMachineThatItNames) {
+    const std::regex command(
+        "#     sheet (\\S+)(?: --device \"([^\"]+)\")? --script samples/scripts/(\\S+)");
     const Program program;
-    const auto scripts = FilesOf(kSamples / "scripts", ".txt");
-    EXPECT_GE(scripts.size(), 7U);
-    for (const auto& script : scripts) {
+    for (const auto& script : FilesOf(kSamples / "scripts", ".txt")) {
         SCOPED_TRACE(script.filename());
-        std::istringstream text(FileText(script));
-        std::string line;
-        while (std::getline(text, line) && line.find("sheet samples/") == std::string::npos) {
-        }
-        const auto begin = line.find("samples/");
-        ASSERT_NE(begin, std::string::npos);
-        const std::string machine = line.substr(begin, line.find(' ', begin) - begin);
-        EXPECT_NE(line.find("--script samples/scripts/" + script.filename().string()),
-                  std::string::npos);
-        const auto result = program.RunWith(
-            {(std::filesystem::path(SOURCE_DIR) / machine).string(), "--script", script.string()});
-        const bool refuses = script.stem() == "refusal";
+        const std::string text = FileText(script);
+        std::smatch words;
+        ASSERT_TRUE(std::regex_search(text, words, command));
+        EXPECT_EQ(words[3].str(), script.filename().string());
+        std::vector<std::string> arguments = {
+            (std::filesystem::path(SOURCE_DIR) / words[1].str()).string(), "--script",
+            script.string()};
+        if (words[2].matched) arguments.insert(arguments.end(), {"--device", words[2]});
+        const auto result = program.RunWith(arguments);
+        const bool refuses = text.find("refused") != std::string::npos;
         EXPECT_EQ(result.code, refuses ? 2 : 0) << result.err;
         EXPECT_EQ(result.err.empty(), !refuses) << result.err;
     }

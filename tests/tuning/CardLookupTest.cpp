@@ -63,28 +63,12 @@ AdapterIfInfo InfoOf(const std::string& alias) {
     return info;
 }
 
-TEST(GetMacFromIF, TakesTheInterfaceOfThatName) {
-    const struct {
-        std::string alias;
-        int result;
-        const char* mac;
-        bool ethernet;
-    } cases[] = {
-        {"Local Area Connection 3", 0, "0002c9112233", true},
-        {"Local Area Connection 4", 0, "0002c9aabbcc", false},
-        {"local area connection 3", 1, "000000000000", false},
-        {"Local Area Connection", 1, "000000000000", false},
-    };
-    for (const auto& c : cases) {
-        SCOPED_TRACE(c.alias);
-        TestMachine test(Sample()
-                             .Ports(Sample::Kind::Ethernet, Sample::Kind::Ipoib)
-                             .Macs("00-02-C9-11-22-33", "00-02-C9-AA-BB-CC"));
-        AdapterIfInfo info = InfoOf(c.alias);
-        EXPECT_EQ(GetMacFromIF(info), c.result);
-        EXPECT_EQ(Mac(info.mac), c.mac);
-        EXPECT_EQ(info.isEthernetInterface, c.ethernet);
-        EXPECT_EQ(Output(test), c.result ? c.alias + " was not found\n" : "");
+TEST(GetMacFromIF, NeedsTheNameAsItIs) {
+    TestMachine test;
+    for (const std::string alias : {"local area connection 3", "Local Area Connection"}) {
+        AdapterIfInfo info = InfoOf(alias);
+        EXPECT_EQ(GetMacFromIF(info), 1);
+        EXPECT_TRUE(Output(test).ends_with(alias + " was not found\n"));
     }
 }
 
@@ -112,39 +96,13 @@ TEST(CardLookup, FollowsAPortToItsCard) {
         test.Attach();
         AdapterIfInfo info = InfoOf(Sample::ConnectionName(2));
         ASSERT_EQ(GetMacFromIF(info), 0);
+        EXPECT_EQ(info.isEthernetInterface, c.kind == Sample::Kind::Ethernet);
         test.machine.trace.Start();
         EXPECT_EQ(GetPortGuidFromMac(info), 0);
         EXPECT_EQ(test.machine.trace.Count("LoadLibraryW"), c.kind == Sample::Kind::Ipoib);
         EXPECT_EQ(platform::ToUtf8(info.portGuidText), c.portGuid);
         EXPECT_EQ(GetCaGuidFromPortGuid(info), 0) << "no match is no failure";
         EXPECT_EQ(platform::ToUtf8(info.caGuidText), c.cardGuid);
-        EXPECT_EQ(Output(test), c.output);
-    }
-}
-
-TEST(CardLookup, AFailingLayerIsReported) {
-    const struct {
-        const char* call;
-        std::uint64_t first;
-        std::string error;
-        const char* output;
-    } cases[] = {
-        {"LoadLibraryW", 1, "ibal.dll is not available, error = 7\n", ""},
-        {"ib_open_al", 1, "ib_open_al failed status = 7\n", ""},
-        {"ib_get_ca_guids", 1, "ib_get_ca_guids1 failed status = 7\n", ""},
-        {"ib_get_ca_guids", 2, "ib_get_ca_guids2 failed with status = 7\n", ""},
-        {"ib_open_ca", 1, "ib_open_ca failed with status = 7\n", ""},
-        {"ib_query_ca", 1, "Failed to query device props", ""},
-        {"ib_query_ca", 2, "", "ib_query_ca failed with status = 7\n"},
-    };
-    for (const auto& c : cases) {
-        SCOPED_TRACE(c.call);
-        TestMachine test(Sample().OnePort(Sample::Kind::Ipoib));
-        test.Attach();
-        test.machine.faults.FailCalls(c.call, u"", 7, c.first);
-        AdapterIfInfo info = InfoOf(Sample::ConnectionName(1));
-        EXPECT_EQ(GetPortGuidFromMac(info), 1);
-        EXPECT_EQ(Errors(test), c.error + "IpoIbMacToPortGuid failed\n");
         EXPECT_EQ(Output(test), c.output);
     }
 }

@@ -11,7 +11,7 @@ constexpr char16_t kCard[] = u"0002c90300a5b6c0";
 constexpr char kTwoNodes[] = "0,0,0,0,0,0,0,0,1,1,1,1,1,1,1,1";
 constexpr char kFourNodes[] = "0,0,0,0,1,1,1,1,2,2,2,2,3,3,3,3";
 constexpr DWORD kNoNode = 77;
-constexpr char kNoContext[] = "init_ctx failed\n";
+constexpr Sample::Kind kIpoib = Sample::Kind::Ipoib;
 
 TEST(FindFastestNuma, MeasuresTheFirstProcessorOfEachSlice) {
     const struct {
@@ -39,49 +39,6 @@ TEST(FindFastestNuma, MeasuresTheFirstProcessorOfEachSlice) {
         EXPECT_EQ(node, c.closest);
         EXPECT_EQ(test.machine.trace.Count("SetThreadGroupAffinity"), c.measured);
         EXPECT_EQ(Errors(test), "");
-    }
-}
-
-TEST(FindFastestNuma, AFailedCallHasItsLineAndEverythingIsReleased) {
-    const struct {
-        const char *call, *error;
-        const char* output = kNoContext;
-        std::uint64_t first = 1;
-        int result = 1;
-    } cases[] = {
-        {"operator new", "", kNoContext, 1},
-        {"operator new", "failed to allocate qp.\n", kNoContext, 2},
-        {"operator new", "failed to allocate qp_attr.\n", kNoContext, 3},
-        {"operator new", "Couldn't allocate work buf.\n", kNoContext, 4},
-        {"operator new", "Couldn't allocate CA GUID array\n", kNoContext, 5},
-        {"operator new", "Couldn't allocate CA attributes buffer\n", kNoContext, 6},
-        {"ib_open_al", "ib_open_al failed status = 5\n"},
-        {"ib_open_ca", "ib_open_ca failed with status = 5\n"},
-        {"ib_alloc_pd", "Couldn't allocate PD\n"},
-        {"ib_reg_mem", "Couldn't allocate MR\n"},
-        {"ib_create_cq", "Couldn't create CQ\nib_status = 5\n"},
-        {"ib_create_qp", "Couldn't create QP\n"},
-        {"ib_modify_qp", "Failed to modify QP to INIT\n"},
-        {"ib_query_qp", "Failed to modify QP to INIT\n"},
-        {"GetNumaHighestNodeNumber", "", "GetNumaHighestNodeNumber failed gle = 5\n"},
-        {"GetNumaProcessorNodeEx", "", "GetNumaProcessorNode(CurrProcessor 8) failed gle = 5\n", 2},
-        {"SetThreadGroupAffinity", "", "SetThreadAffinityMask failed  for processor 8 gle = 5\n",
-         2},
-        {"ib_destroy_qp", "Failed to destroy QP\n", "", 1, 0},
-        {"ib_destroy_cq", "Failed to destroy CQ\n", "", 1, 0},
-        {"ib_dereg_mr", "Failed to deregister MR\n", "", 1, 0},
-        {"ib_dealloc_pd", "Failed to deallocate PD\n", "", 1, 0},
-        {"ib_close_ca", "Failed to close ca\n", "", 1, 0},
-        {"ib_close_al", "Failed to close al\n", "", 1, 0},
-    };
-    for (const auto& c : cases) {
-        SCOPED_TRACE(testing::Message() << c.call << " " << c.first);
-        TestMachine test(Sample().Processors("16", kTwoNodes));
-        test.machine.faults.FailCalls(c.call, u"", 5, c.first);
-        DWORD node = kNoNode;
-        EXPECT_EQ(FindFastestNuma(kCard, node), c.result);
-        EXPECT_EQ(Errors(test), c.error);
-        EXPECT_EQ(Output(test), c.output);
     }
 }
 
@@ -117,7 +74,6 @@ TEST(GetClosestNuma, ReadsTheMaskOfAnIpoibPort) {
         {"03-04-05-06-07-08", "\"GuidMask\"=\"63\"", "63", true},
         {"01-02-03-06-07-08", "\"GuidMask\"=\"0\"", "0", false},
         {"01-02-03-06-07-08", "\"GuidMask\"=\"mask\"", "mask", false},
-        {"01-02-03-06-07-08", "\"GuidMask\"=hex:e7,00,00,00", nullptr, true},
     };
     for (const auto& c : cases) {
         SCOPED_TRACE(c.mask);
@@ -143,24 +99,77 @@ TEST(GetClosestNuma, ReadsTheMaskOfAnIpoibPort) {
     }
 }
 
-TEST(GetClosestNuma, PrintsWhichStepFailed) {
+// From the adapter's name to its card, through the context that the measurement needs, and back.
+TEST(GetClosestNuma, AFailedCallHasItsLineAndEverythingIsReleased) {
     const std::string lookup = "GetGuidFromIF(AdapterIF Local Area Connection 3) Failed\n";
     const struct {
+        bool found;
+        std::string error, output;
+    } ends[] = {
+        {false, "", "GetMacFromIF Failed\n" + lookup},
+        {false, "IpoIbMacToPortGuid failed\n", "GetPortGuidFromMac Failed\n" + lookup},
+        {false, "", "GetCaGuidFromPortGuid Failed\n" + lookup},
+        {false, "", "init_ctx failed\nFindFastestNuma Failed\n"},
+        {false, "", "FindFastestNuma Failed\n"},
+        {true, "", ""},
+    };
+    enum { MAC, PORT, CARD, CONTEXT, MEASUREMENT, NONE };
+    const struct {
+        int failed;  // the step that fails
         const char* call;
-        std::string output;
+        std::uint64_t first;
+        std::string error, output = "";
+        Sample::Kind kind = Sample::Kind::Ethernet;
     } cases[] = {
-        {"GetIfTable2", "GetIfTable2 Failed\nGetMacFromIF Failed\n" + lookup},
-        {"LoadLibraryW", "GetCaGuidFromPortGuid Failed\n" + lookup},
-        {"ib_create_qp", "init_ctx failed\nFindFastestNuma Failed\n"},
+        {MAC, "GetIfTable2", 1, "", "GetIfTable2 Failed\n"},
+        {PORT, "LoadLibraryW", 1, "ibal.dll is not available, error = 5\n", "", kIpoib},
+        {PORT, "ib_open_al", 1, "ib_open_al failed status = 5\n", "", kIpoib},
+        {PORT, "ib_get_ca_guids", 1, "ib_get_ca_guids1 failed status = 5\n", "", kIpoib},
+        {PORT, "ib_get_ca_guids", 2, "ib_get_ca_guids2 failed with status = 5\n", "", kIpoib},
+        {PORT, "ib_open_ca", 1, "ib_open_ca failed with status = 5\n", "", kIpoib},
+        {PORT, "ib_query_ca", 1, "Failed to query device props", "", kIpoib},
+        {PORT, "ib_query_ca", 2, "", "ib_query_ca failed with status = 5\n", kIpoib},
+        {CARD, "LoadLibraryW", 1, "ibal.dll is not available, error = 5\n"},
+        {CARD, "operator new", 1, "failed to allocate memory\n"},
+        {CARD, "operator new", 2, "Couldn't allocate CA attributes buffer\n"},
+        {CONTEXT, "operator new", 3, ""},
+        {CONTEXT, "operator new", 4, "failed to allocate qp.\n"},
+        {CONTEXT, "operator new", 5, "failed to allocate qp_attr.\n"},
+        {CONTEXT, "operator new", 6, "Couldn't allocate work buf.\n"},
+        {CONTEXT, "operator new", 7, "Couldn't allocate CA GUID array\n"},
+        {CONTEXT, "operator new", 8, "Couldn't allocate CA attributes buffer\n"},
+        {CONTEXT, "ib_open_al", 2, "ib_open_al failed status = 5\n"},
+        {CONTEXT, "ib_open_ca", 2, "ib_open_ca failed with status = 5\n"},
+        {CONTEXT, "ib_alloc_pd", 1, "Couldn't allocate PD\n"},
+        {CONTEXT, "ib_reg_mem", 1, "Couldn't allocate MR\n"},
+        {CONTEXT, "ib_create_cq", 1, "Couldn't create CQ\nib_status = 5\n"},
+        {CONTEXT, "ib_create_qp", 1, "Couldn't create QP\n"},
+        {CONTEXT, "ib_modify_qp", 1, "Failed to modify QP to INIT\n"},
+        {CONTEXT, "ib_query_qp", 1, "Failed to modify QP to INIT\n"},
+        {MEASUREMENT, "GetNumaHighestNodeNumber", 1, "",
+         "GetNumaHighestNodeNumber failed gle = 5\n"},
+        {MEASUREMENT, "GetNumaProcessorNodeEx", 2, "",
+         "GetNumaProcessorNode(CurrProcessor 8) failed gle = 5\n"},
+        {MEASUREMENT, "SetThreadGroupAffinity", 2, "",
+         "SetThreadAffinityMask failed  for processor 8 gle = 5\n"},
+        {NONE, "ib_destroy_qp", 1, "Failed to destroy QP\n"},
+        {NONE, "ib_destroy_cq", 1, "Failed to destroy CQ\n"},
+        {NONE, "ib_dereg_mr", 1, "Failed to deregister MR\n"},
+        {NONE, "ib_dealloc_pd", 1, "Failed to deallocate PD\n"},
+        {NONE, "ib_close_ca", 2, "Failed to close ca\n"},
+        {NONE, "ib_close_al", 2, "Failed to close al\n"},
     };
     for (const auto& c : cases) {
-        TestMachine test;
-        OpenPort port(1);
+        SCOPED_TRACE(testing::Message() << c.call << " " << c.first);
+        TestMachine test(Sample().OnePort(c.kind).Processors("16", kTwoNodes));
+        test.Attach();
+        OpenPort port(1, c.kind != kIpoib);
         port.Named(Sample::ConnectionName(1));
-        test.machine.faults.FailCalls(c.call, u"", 5);
+        test.machine.faults.FailCalls(c.call, u"", 5, c.first);
         DWORD node = kNoNode;
-        EXPECT_FALSE(GetClosestNuma(nullptr, port, node));
-        EXPECT_EQ(Output(test), c.output);
+        EXPECT_EQ(GetClosestNuma(nullptr, port, node), ends[c.failed].found);
+        EXPECT_EQ(Errors(test), c.error + ends[c.failed].error);
+        EXPECT_EQ(Output(test), c.output + ends[c.failed].output);
     }
 }
 

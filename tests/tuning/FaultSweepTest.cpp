@@ -7,35 +7,16 @@
 #include "FaultSweep.h"
 #include "PressFaultTable.h"
 #include "TuningTest.h"
+#include "resource.h"
 
 namespace {
 
 using Kind = Sample::Kind;
 
-constexpr int kSinglePort = 1086;
-constexpr int kDualPort = 1087;
-constexpr int kForwarding = 1088;
-constexpr int kRun = 1090;
-constexpr int kDefault = 1095;
-constexpr int kMulticast = 1096;
-constexpr int kSingleStream = 1098;
-constexpr int kHelp = 1049;
-
 constexpr char kNetwork[] =
     "SYSTEM\\CurrentControlSet\\Control\\Network\\{4D36E972-E325-11CE-BFC1-08002BE10318}";
 constexpr char kAdapters[] =
     "SYSTEM\\CurrentControlSet\\Control\\class\\{4D36E972-E325-11CE-BFC1-08002BE10318}";
-
-// Opens a sheet with nothing but the Performance tab of the pages, and does the deed on it.
-void OnTab(TestMachine& test, TestMachine::ProviderResult provided,
-           const std::function<void()>& deed) {
-    const platform::QuietScope quiet;
-    std::swap(provided.pages[0], provided.pages[1]);
-    for (; provided.pages.size() > 1; provided.pages.pop_back())
-        DestroyPropertySheetPage(provided.pages.back());
-    test.user.Do(deed);
-    EXPECT_TRUE(test.RunSheet(std::move(provided)));
-}
 
 // The start fails: the tab has no choice and can't run. The log may say why.
 Outcome StartFails(const Lines& log = {}) {
@@ -66,20 +47,20 @@ TEST(FaultSweep, PerformanceTabStart) {
                 OnTab(test, std::move(provided.back()), [&] {
                     const HWND page = test.Page();
                     notes["checked"] = "0";
-                    for (const int control : {kForwarding, kDefault})
+                    for (const int control : {IDC_FORWARDING, IDC_BALANCED})
                         if (test.IsChecked(control)) notes["checked"] = std::to_string(control);
                     const auto enabled = [&](int control) {
                         return IsWindowEnabled(GetDlgItem(page, control)) ? "on" : "off";
                     };
-                    notes["dual"] = enabled(kDualPort);
+                    notes["dual"] = enabled(IDC_DUAL_PORT);
                     const auto open = test.machine.ledger.Open();
                     notes["keys"] = std::to_string(
                         std::count_if(open.begin(), open.end(), [](const auto& entry) {
                             return std::string_view(entry.kind) == "registry key";
                         }));
-                    notes["run"] = enabled(kRun);
+                    notes["run"] = enabled(IDC_RUN_TUNING);
                     WCHAR text[10] = {};
-                    GetDlgItemTextW(page, kHelp, text, ARRAYSIZE(text));
+                    GetDlgItemTextW(page, IDC_HELP_TEXT, text, ARRAYSIZE(text));
                     notes["help"] = text == std::u16string(u"wire") ? "yes" : "no";
                 });
                 provided.pop_back();
@@ -136,7 +117,7 @@ auto Pressing(int control) {
     return [=](TestMachine& test, const FaultSweep::Sweep& swept) {
         OnTab(test, test.CallProvider(), [&] {
             test.Press(control);
-            swept([&](auto&) { test.Press(kRun); });
+            swept([&](auto&) { test.Press(IDC_RUN_TUNING); });
         });
     };
 }
@@ -167,7 +148,7 @@ void SweepPress(const std::string& name, Press press) {
         sweep.sample.PortValue(port, "\"UseRSSForUDP\"=\"7\"\n\"UseSendFwQueue\"=\"7\"");
         sweep.sample.PortValue(port, "\"GuidMask\"=\"231\"");
     }
-    sweep.operation = Pressing(kDefault);
+    sweep.operation = Pressing(IDC_BALANCED);
     press.restored = sweep.Clean();
     sweep.operation = Pressing(press.control);
     press.clean = sweep.Clean();
@@ -186,22 +167,22 @@ class RunTuning : public testing::TestWithParam<Scenario> {};
 // With one port the TCP settings are to be changed, with two they aren't. A lone Ethernet port
 // can't choose the dual scenario, and IPoIB has no single stream.
 TEST_P(RunTuning, SurvivesEachFailedCall) {
-    const Kind lone = GetParam().control == kSingleStream ? Kind::Ethernet : Kind::Ipoib;
+    const Kind lone = GetParam().control == IDC_SINGLE_STREAM ? Kind::Ethernet : Kind::Ipoib;
     SweepPress(GetParam().name, {GetParam().control, 1, lone, true, false});
     SweepPress(GetParam().name, {GetParam().control, 2, Kind::Ethernet, false, false});
 }
 
 INSTANTIATE_TEST_SUITE_P(FaultSweep, RunTuning,
-                         testing::Values(Scenario{"SINGLE_PORT_STREAM", kSinglePort},
-                                         Scenario{"SINGLE_STREAM", kSingleStream},
-                                         Scenario{"DUAL_PORT_STREAM", kDualPort},
-                                         Scenario{"FORWARDING_STREAM", kForwarding},
-                                         Scenario{"MCAST_STREAM", kMulticast},
-                                         Scenario{"RESTORE_DEFAULTS", kDefault}),
+                         testing::Values(Scenario{"SINGLE_PORT_STREAM", IDC_SINGLE_PORT},
+                                         Scenario{"SINGLE_STREAM", IDC_SINGLE_STREAM},
+                                         Scenario{"DUAL_PORT_STREAM", IDC_DUAL_PORT},
+                                         Scenario{"FORWARDING_STREAM", IDC_FORWARDING},
+                                         Scenario{"MCAST_STREAM", IDC_MULTICAST},
+                                         Scenario{"RESTORE_DEFAULTS", IDC_BALANCED}),
                          [](const auto& scenario) { return scenario.param.name; });
 
 TEST(FaultSweep, RunTuningWithAMeasurement) {
-    SweepPress("MCAST_STREAM with two nodes", {kMulticast, 1, Kind::Ipoib, false, true});
+    SweepPress("MCAST_STREAM with two nodes", {IDC_MULTICAST, 1, Kind::Ipoib, false, true});
 }
 
 }  // namespace

@@ -4,13 +4,9 @@
 #include <string_view>
 
 #include "TuningTest.h"
+#include "resource.h"
 
 namespace {
-
-constexpr int kDualPort = 1087;
-constexpr int kForwarding = 1088;
-constexpr int kDefault = 1095;
-constexpr int kMulticast = 1096;
 
 constexpr char kTcp[] =
     "HKEY_LOCAL_MACHINE\\SYSTEM\\CurrentControlSet\\Services\\Tcpip\\Parameters";
@@ -71,15 +67,15 @@ void Restored(const Press& press, Facts& due, const std::string& text) {
 // The tuner finds no processors.
 Outcome TunerRefuses(const Press& press) {
     return [=](Facts& due, const Facts&, const Fault&) {
-        if (press.control == kDefault) return;
+        if (press.control == IDC_BALANCED) return;
         const std::string start = *Find(due.log, RunStart(press));
         Restored(press, due, std::string("For more information see log:\n\n") + kLog + ".");
         due.log.push_back(start);
         const bool ethernet = press.kind == Sample::Kind::Ethernet;
-        if (press.control != kMulticast)
+        if (press.control != IDC_MULTICAST)
             due.log = Joined(
                 {due.log, {"Restore Tuning Defaults", ""}, RestoreLines(1, true, ethernet, 2)});
-        if (press.ports == 2 && (press.control == kDualPort || press.control == kForwarding))
+        if (press.ports == 2 && (press.control == IDC_DUAL_PORT || press.control == IDC_FORWARDING))
             due.log = Joined({due.log, RestoreLines(2, false, ethernet, 2)});
         due.log = Joined(
             {due.log, {"Tuning for single core CPUs is not supported, aborting.", start, "", ""}});

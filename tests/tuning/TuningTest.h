@@ -2,6 +2,7 @@
 // What the tests of tuning share: ports opened as the tab does, rows of processors, and the log's
 // lines as they should be.
 
+#include <functional>
 #include <initializer_list>
 #include <string>
 #include <vector>
@@ -68,6 +69,18 @@ inline const std::string& Output(TestMachine& test) {
 
 inline const std::string& Errors(TestMachine& test) {
     return test.machine.Get<platform::Streams>().error;
+}
+
+// Opens a sheet with nothing but the Performance tab of the pages, does the deed there and cancels
+// the sheet.
+inline void OnTab(TestMachine& test, TestMachine::ProviderResult provided,
+                  const std::function<void()>& deed) {
+    const platform::QuietScope quiet;
+    std::swap(provided.pages.at(0), provided.pages.at(1));
+    for (; provided.pages.size() > 1; provided.pages.pop_back())
+        DestroyPropertySheetPage(provided.pages.back());
+    test.user.Do(deed);
+    EXPECT_TRUE(test.RunSheet(std::move(provided)));
 }
 
 // A node with so many processors, numbered from `first` on.

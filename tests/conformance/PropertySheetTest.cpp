@@ -1,0 +1,242 @@
+// Property sheets: what their pages are told, when, and that each is released once.
+
+#include <algorithm>
+#include <map>
+
+#include "Conformance.h"
+
+#include <prsht.h>
+
+namespace {
+
+constexpr int kApplyId = 0x3021;
+
+class PropertySheetTest : public Conformance {
+  protected:
+    PropertySheetTest() { s_case = this; }
+
+    HPROPSHEETPAGE Make(char page, DWORD size = sizeof(PROPSHEETPAGEW)) const {
+        PROPSHEETPAGEW description = {};
+        description.dwSize = size;
+        description.dwFlags = PSP_USECALLBACK;
+        description.hInstance = here->module;
+        description.pszTemplate = MAKEINTRESOURCEW(IDD_PAGE);
+        description.pfnDlgProc = &PageProcedure;
+        description.lParam = page;
+        description.pfnCallback = &PageCallback;
+        return CreatePropertySheetPageW(&description);
+    }
+    // Shows a sheet of these pages to a user who presses these keys: '0' to '9' activate a page,
+    // 'o', 'a' and 'c' are the sheet's buttons, 'x' closes its frame.
+    INT_PTR Show(const std::string& pages, const std::string& keys) {
+        events.clear();
+        m_keys = keys;
+        std::vector<HPROPSHEETPAGE> handles;
+        for (const char page : pages)
+            handles.push_back(Make(page));
+        PROPSHEETHEADERW header = {};
+        header.dwSize = sizeof(header);
+        header.dwFlags = PSH_USECALLBACK;
+        header.hInstance = here->module;
+        header.pszCaption = TEXT("Sheet");
+        header.nPages = static_cast<UINT>(handles.size());
+        header.phpage = handles.data();
+        header.pfnCallback = &OnSheet;
+        return PropertySheetW(&header);
+    }
+    LRESULT Tell(UINT message, WPARAM wParam = 0, LPARAM lParam = 0) const {
+        return SendMessageW(sheet, message, wParam, lParam);
+    }
+    long Count(const std::string& event) const {
+        return static_cast<long>(std::count(events.begin(), events.end(), event));
+    }
+    struct Run {
+        const char* what;
+        std::string keys, asked;
+        LONG_PTR answer;  // to the event asked; else 0
+        std::string events;
+        INT_PTR result;
+    };
+    // Each run of a sheet with three pages has these events, and releases each page once, last.
+    void ExpectRuns(const std::vector<Run>& runs) {
+        for (const Run& run : runs) {
+            SCOPED_TRACE(run.what);
+            answers = {{run.asked, run.answer}};
+            EXPECT_EQ(Show("ABC", run.keys), run.result);
+            std::string told;
+            for (const std::string& event : events) {
+                if (std::string("addref destroy release").find(event.substr(2)) ==
+                    std::string::npos)
+                    told += event + ", ";
+            }
+            EXPECT_EQ(told, run.events);
+            for (const std::string page : {"A", "B", "C"}) {
+                EXPECT_EQ(Count(page + " addref"), 1) << page;
+                EXPECT_EQ(Count(page + " release"), 1) << page;
+                EXPECT_EQ(Count(page + " init"), Count(page + " destroy")) << page;
+                const auto last =
+                    std::find_if(events.rbegin(), events.rend(),
+                                 [&](const std::string& event) { return event[0] == page[0]; });
+                EXPECT_EQ(*last, page + " release");
+            }
+        }
+    }
+
+    std::vector<std::string> events;          // "<page> <what>"
+    std::map<std::string, LONG_PTR> answers;  // of a page to an event
+    std::function<void(const std::string&, HWND)> onEvent = [](const std::string&, HWND) {};
+    std::function<void()> onApp;  // a page got WM_APP
+    HWND sheet = nullptr;
+
+  private:
+    LONG_PTR Note(HWND window, LPARAM page, const std::string& what) {
+        events.push_back(static_cast<char>(page) + (" " + what));
+        onEvent(events.back(), window);
+        const auto answer = answers.find(events.back());
+        return answer == answers.end() ? 0 : answer->second;
+    }
+    // The user's keys are posted, so that the sheet's own loop takes them.
+    static int CALLBACK OnSheet(HWND window, UINT message, LPARAM) {
+        if (message != PSCB_INITIALIZED) return 0;
+        s_case->sheet = window;
+        const std::map<char, std::pair<UINT, WPARAM>> meanings = {
+            {'o', {PSM_PRESSBUTTON, PSBTN_OK}},
+            {'a', {PSM_PRESSBUTTON, PSBTN_APPLYNOW}},
+            {'c', {PSM_PRESSBUTTON, PSBTN_CANCEL}},
+            {'x', {WM_CLOSE, 0}},
+        };
+        for (const char key : s_case->m_keys) {
+            const auto meaning = meanings.find(key);
+            if (meaning != meanings.end())
+                PostMessageW(window, meaning->second.first, meaning->second.second, 0);
+            else
+                PostMessageW(window, PSM_SETCURSEL, static_cast<WPARAM>(key - '0'), 0);
+        }
+        return 0;
+    }
+    static UINT CALLBACK PageCallback(HWND window, UINT message, PROPSHEETPAGEW* page) {
+        const char* const names[] = {"addref", "release", "create"};
+        return s_case->Note(window, page->lParam, names[message]) == 0;
+    }
+    static INT_PTR CALLBACK PageProcedure(HWND window, UINT message, WPARAM, LPARAM lParam) {
+        if (message == WM_INITDIALOG) {
+            const LPARAM page = reinterpret_cast<const PROPSHEETPAGEW*>(lParam)->lParam;
+            SetWindowLongPtrW(window, GWLP_USERDATA, page);
+            s_case->Note(window, page, "init");
+            return TRUE;
+        }
+        const LPARAM page = GetWindowLongPtrW(window, GWLP_USERDATA);
+        if (message == WM_DESTROY && page != 0) s_case->Note(window, page, "destroy");
+        if (message == WM_APP) s_case->onApp();
+        if (message != WM_NOTIFY) return FALSE;
+        const auto& note = *reinterpret_cast<const PSHNOTIFY*>(lParam);
+        const std::map<UINT, std::string> names = {
+            {PSN_SETACTIVE, "setactive"}, {PSN_KILLACTIVE, "killactive"},   {PSN_APPLY, "apply"},
+            {PSN_RESET, "reset"},         {PSN_QUERYCANCEL, "querycancel"},
+        };
+        const auto name = names.find(note.hdr.code);
+        if (name == names.end()) return FALSE;
+        SetWindowLongPtrW(window, DWLP_MSGRESULT,
+                          s_case->Note(window, page, name->second + (note.lParam ? "+" : "")));
+        return TRUE;
+    }
+
+    static inline PropertySheetTest* s_case = nullptr;
+    std::string m_keys;
+};
+
+const std::string kStart = "A create, A init, A setactive, ";
+const std::string kToB = "A killactive, B create, B init, B setactive, ";
+
+TEST_F(PropertySheetTest, PagesAreToldInOrder) {
+    ExpectRuns({
+        {"cancel", "c", "", 0, kStart + "A querycancel, A reset, ", 0},
+        {"the frame's own closing", "x", "", 0, kStart + "A querycancel, A reset+, ", 0},
+        {"OK", "o", "", 0, kStart + "A killactive, A apply+, ", 1},
+        {"a change of tabs and back", "10c", "", 0,
+         kStart + kToB + "B killactive, A setactive, A querycancel, A reset, B reset, ", 0},
+        {"apply goes to every page that was shown", "1ao", "", 0,
+         kStart + kToB + "B killactive, A apply, B apply, B setactive, " +
+             "B killactive, A apply+, B apply+, ",
+         1},
+        {"the tab that is active already", "0c", "", 0,
+         kStart + "A killactive, A setactive, A querycancel, A reset, ", 0},
+        {"a page that doesn't let go", "1oac", "A killactive", 1,
+         kStart + "A killactive, A killactive, A killactive, A querycancel, A reset, ", 0},
+        {"a page that doesn't want to be active", "1c", "B setactive", -1,
+         kStart + kToB +
+             "C create, C init, C setactive, C querycancel, A reset, B reset, C reset, ",
+         0},
+        {"a page that wants another to be active", "2c", "C setactive", IDD_PAGE,
+         kStart + "A killactive, C create, C init, C setactive, A setactive, A querycancel, " +
+             "A reset, C reset, ",
+         0},
+    });
+}
+
+TEST_F(PropertySheetTest, WhatWasAppliedIsSavedAlthoughTheSheetIsCancelled) {
+    ExpectRuns({{"apply, then cancel", "ac", "", 0,
+                 kStart + "A killactive, A apply, A setactive, A querycancel, A reset, ", 1}});
+}
+
+TEST_F(PropertySheetTest, APageThatRefusesToApplyKeepsTheSheet) {
+    ExpectRuns({
+        {"and comes up", "1oc", "A apply+", PSNRET_INVALID,
+         kStart + kToB + "B killactive, A apply+, A setactive, A querycancel, A reset, B reset, ",
+         0},
+        {"and doesn't", "1oc", "A apply+", PSNRET_INVALID_NOCHANGEPAGE,
+         kStart + kToB + "B killactive, A apply+, B setactive, B querycancel, A reset, B reset, ",
+         0},
+    });
+}
+
+TEST_F(PropertySheetTest, APageThatRefusesToBeMadeIsPassedOver) {
+    ExpectRuns({{"by its callback", "1c", "B create", 1,
+                 kStart + "A killactive, B create, C create, C init, C setactive, C querycancel, " +
+                     "A reset, C reset, ",
+                 0}});
+}
+
+TEST_F(PropertySheetTest, CancelCanBeRefused) {
+    answers["A querycancel"] = 1;
+    onEvent = [this](const std::string&, HWND) {
+        if (Count("A querycancel") == 2) answers.clear();
+    };
+    EXPECT_EQ(Show("A", "cc"), 0);
+    EXPECT_EQ(Count("A querycancel"), 2);
+    EXPECT_EQ(Count("A reset"), 1);
+}
+
+TEST_F(PropertySheetTest, APageThatNoSheetTookBelongsToItsMaker) {
+    const HPROPSHEETPAGE page = Make('A');
+    EXPECT_TRUE(DestroyPropertySheetPage(page));
+    EXPECT_EQ(events, (std::vector<std::string>{"A addref", "A release"}));
+    for (const DWORD size : {0U, 72U - 1})
+        EXPECT_EQ(Make('A', size), nullptr) << size;
+    EXPECT_EQ(events.size(), 2U);
+}
+
+TEST_F(PropertySheetTest, ApplyIsEnabledWhileAPageHasChanges) {
+    onEvent = [](const std::string& event, HWND window) {
+        if (event == "B setactive") PostMessageW(window, WM_APP, 0, 0);
+    };
+    onApp = [this] {
+        const HWND apply = GetDlgItem(sheet, kApplyId);
+        const auto page = [this](WPARAM index) {
+            return static_cast<WPARAM>(Tell(PSM_INDEXTOHWND, index));
+        };
+        EXPECT_FALSE(IsWindowEnabled(apply));
+        Tell(PSM_CHANGED, page(0));
+        Tell(PSM_CHANGED, page(1));
+        Tell(PSM_UNCHANGED, page(0));
+        EXPECT_TRUE(IsWindowEnabled(apply));
+        SendMessageW(apply, BM_CLICK, 0, 0);
+        EXPECT_FALSE(IsWindowEnabled(apply));
+        EXPECT_EQ(Count("A apply"), 1);
+        onEvent = [](const std::string&, HWND) {};
+        Tell(PSM_PRESSBUTTON, PSBTN_CANCEL);
+    };
+    Show("AB", "1");
+}
+
+}  // namespace

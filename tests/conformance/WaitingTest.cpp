@@ -1,0 +1,154 @@
+// Events, mutexes, waiting, and messages between threads.
+
+#include "Conformance.h"
+
+namespace {
+
+class WaitingTest : public DialogCase {};
+
+TEST_F(WaitingTest, WhichHandleEndsTheWait) {
+    const struct {
+        std::vector<int> set;  // the events that are set, of three; the last one resets itself
+        BOOL all;
+        DWORD result;
+        std::vector<int> left;  // set afterwards
+        const char* why;
+    } cases[] = {
+        {{}, FALSE, WAIT_TIMEOUT, {}, "none is set"},
+        {{1, 2}, FALSE, WAIT_OBJECT_0 + 1, {1, 2}, "the first in order, and only that one"},
+        {{2}, FALSE, WAIT_OBJECT_0 + 2, {}, "it resets itself"},
+        {{0, 2}, TRUE, WAIT_TIMEOUT, {0, 2}, "one is missing, and nothing is taken"},
+        {{0, 1, 2}, TRUE, WAIT_OBJECT_0, {0, 1}, "all are taken"},
+    };
+    for (const auto& row : cases) {
+        SCOPED_TRACE(row.why);
+        HANDLE events[3];
+        for (int i = 0; i < 3; ++i)
+            events[i] = CreateEventW(nullptr, i < 2, FALSE, nullptr);
+        for (const int i : row.set)
+            EXPECT_TRUE(SetEvent(events[i]));
+        EXPECT_EQ(WaitForMultipleObjects(3, events, row.all, 20), row.result);
+        std::vector<int> left;
+        for (int i = 0; i < 3; ++i) {
+            if (WaitForSingleObject(events[i], 0) == WAIT_OBJECT_0) left.push_back(i);
+            EXPECT_TRUE(CloseHandle(events[i]));
+        }
+        EXPECT_EQ(left, row.left);
+    }
+}
+
+TEST_F(WaitingTest, WrongHandlesAreRefused) {
+    const HANDLE mutex = CreateMutexW(nullptr, FALSE, nullptr);
+    EXPECT_EQ(ErrorOf(SetEvent(mutex)), DWORD{ERROR_INVALID_HANDLE});
+    EXPECT_EQ(ErrorOf(ReleaseMutex(mutex)), DWORD{ERROR_NOT_OWNER});
+    const Worker worker([] { SetLastError(99); });
+    Sleep(1);
+    EXPECT_EQ(GetLastError(), DWORD{ERROR_NOT_OWNER}) << "each thread has its own";
+    EXPECT_TRUE(CloseHandle(mutex));
+    EXPECT_EQ(ErrorOf(CloseHandle(mutex)), DWORD{ERROR_INVALID_HANDLE});
+    EXPECT_EQ(WaitForSingleObject(mutex, 0), WAIT_FAILED);
+}
+
+TEST_F(WaitingTest, AMutexIsItsOwnersUntilTheLastRelease) {
+    const HANDLE mutex = CreateMutexW(nullptr, TRUE, nullptr);
+    const HANDLE tried = CreateEventW(nullptr, FALSE, FALSE, nullptr);
+    std::vector<DWORD> results;
+    EXPECT_EQ(WaitForSingleObject(mutex, 0), WAIT_OBJECT_0);
+    EXPECT_TRUE(ReleaseMutex(mutex));
+    {
+        const Worker worker([&] {
+            results.push_back(WaitForSingleObject(mutex, 20));
+            SetEvent(tried);
+            results.push_back(WaitForSingleObject(mutex, INFINITE));
+            ReleaseMutex(mutex);
+        });
+        EXPECT_EQ(WaitForSingleObject(tried, INFINITE), WAIT_OBJECT_0);
+        EXPECT_TRUE(ReleaseMutex(mutex));
+    }
+    EXPECT_EQ(results, (std::vector<DWORD>{WAIT_TIMEOUT, WAIT_OBJECT_0}));
+    CloseHandle(mutex);
+    CloseHandle(tried);
+}
+
+TEST_F(WaitingTest, AnOwnerThatEndsAbandonsItsMutex) {
+    const HANDLE handles[] = {CreateEventW(nullptr, FALSE, FALSE, nullptr),
+                              CreateMutexW(nullptr, FALSE, nullptr)};
+    {
+        const Worker worker([&] {
+            WaitForSingleObject(handles[1], INFINITE);
+            WaitForSingleObject(handles[1], INFINITE);
+        });
+    }
+    EXPECT_EQ(WaitForMultipleObjects(2, handles, FALSE, INFINITE), WAIT_ABANDONED_0 + 1);
+    EXPECT_TRUE(ReleaseMutex(handles[1]));
+    EXPECT_EQ(WaitForSingleObject(handles[1], 0), WAIT_OBJECT_0)
+        << "only the next owner hears of it";
+    EXPECT_TRUE(ReleaseMutex(handles[1]));
+    for (const HANDLE handle : handles)
+        CloseHandle(handle);
+}
+
+// As a page waits for its worker: it goes on answering what the worker sends.
+TEST_F(WaitingTest, ASentMessageRunsInTheThreadOfItsWindow) {
+    Open(IDD_EMPTY);
+    int inside = 0;  // the procedure is never entered while the wait is left
+    on = [&](HWND window, UINT message, WPARAM wParam, LPARAM) -> INT_PTR {
+        if (message != WM_APP) return FALSE;
+        EXPECT_EQ(++inside, 1);
+        SetWindowLongPtrW(window, DWLP_MSGRESULT, static_cast<LONG_PTR>(wParam) * 10);
+        --inside;
+        return TRUE;
+    };
+    const HANDLE done = CreateEventW(nullptr, TRUE, FALSE, nullptr);
+    std::vector<LRESULT> answers;
+    {
+        const Worker worker([&] {
+            for (const WPARAM number : {1U, 2U, 3U})
+                answers.push_back(SendMessageW(dialog, WM_APP, number, 0));
+            SetEvent(done);
+        });
+        DWORD wake;
+        while ((wake = MsgWaitForMultipleObjectsEx(1, &done, INFINITE, QS_SENDMESSAGE, 0)) ==
+               WAIT_OBJECT_0 + 1) {
+            MSG message;
+            PeekMessageW(&message, nullptr, 0, 0, PM_NOREMOVE);
+        }
+        EXPECT_EQ(wake, WAIT_OBJECT_0);
+    }
+    EXPECT_EQ(answers, (std::vector<LRESULT>{10, 20, 30}));
+    CloseHandle(done);
+}
+
+class MessageWaitTest : public DialogCase {
+  protected:
+    MessageWaitTest() {
+        Open(IDD_EMPTY);
+        while (Take()) {
+        }
+    }
+    static BOOL Take() {
+        MSG message;
+        return PeekMessageW(&message, nullptr, 0, 0, PM_REMOVE);
+    }
+    static DWORD Wait(DWORD mask, DWORD flags = 0) {
+        return MsgWaitForMultipleObjectsEx(0, nullptr, 20, mask, flags);
+    }
+};
+
+TEST_F(MessageWaitTest, AMessageOfAnotherKindDoesNotEndTheWait) {
+    PostMessageW(dialog, WM_APP, 0, 0);
+    EXPECT_EQ(Wait(QS_SENDMESSAGE), WAIT_TIMEOUT);
+    EXPECT_EQ(Wait(QS_POSTMESSAGE), WAIT_OBJECT_0);
+    EXPECT_TRUE(Take());
+    EXPECT_FALSE(Take());
+    EXPECT_EQ(Wait(QS_POSTMESSAGE, MWMO_INPUTAVAILABLE), WAIT_TIMEOUT);
+}
+
+TEST_F(MessageWaitTest, AMessageIsNewForOneWait) {
+    PostMessageW(dialog, WM_APP, 0, 0);
+    EXPECT_EQ(Wait(QS_POSTMESSAGE), WAIT_OBJECT_0);
+    EXPECT_EQ(Wait(QS_POSTMESSAGE), WAIT_TIMEOUT);
+    EXPECT_EQ(Wait(QS_POSTMESSAGE, MWMO_INPUTAVAILABLE), WAIT_OBJECT_0);
+}
+
+}  // namespace

@@ -1,0 +1,186 @@
+// Machine files and help files that are damaged, or never were one.
+
+#include <fstream>
+#include <sstream>
+
+#include "../frame/TestWindow.h"
+#include "AllTabs.h"
+#include "Drive.h"
+#include "Hostile.h"
+#include "HelpDocument.h"
+#include "LibraryState.h"
+#include "MachineFileCheck.h"
+#include "Seeds.h"
+#include "XmlTree.h"
+
+namespace {
+
+// Pieces that mean something there, apart from what stands in the files themselves.
+constexpr std::string_view kMachineTokens[] = {
+    "[HKEY_LOCAL_MACHINE\\",
+    "[-HKEY_LOCAL_MACHINE\\",
+    "SYSTEM\\",
+    "ControlSet001]\n",
+    "]\n",
+    "\"",
+    "[HKEY_LOCAL_MACHINE\\SYSTEM\\Select]\n\"Current\"=dword:1\n",
+    "\"v\"=",
+    "\"V\"=-\n",
+    "@=",
+    "dword:FFFFFFFF\n",
+    "hex:",
+    "hex(ffffffff):",
+    "00,",
+    "zz,",
+    "\\",
+    "\\\n",
+    "\r\n",
+    "\n",
+    "; ",
+    "=",
+    "\xEF\xBB\xBF",
+    "\xC3\xA9",
+    "\xED\xA0\x80",
+    std::string_view("\0", 1),
+    "\xFF\xFE"};
+constexpr std::string_view kHelpTokens[] = {
+    "<",
+    "/>",
+    "</help>",
+    "<PortType>",
+    "</PortType>",
+    "<?xml version=\"1.0\" encoding=\"utf-16\"?>",
+    "<![CDATA[",
+    "]]>",
+    "<!--",
+    "-->",
+    "&amp;",
+    "&#x0;",
+    "&#xD800;",
+    "&x;",
+    "<!DOCTYPE a [<!ENTITY x \"&#123;\\rtf1 y\"><!ENTITY z SYSTEM \"file:///z\">]>",
+    "{\\rtf1 ",
+    "{",
+    "}",
+    "\\",
+    "\\'8",
+    "\\'ff",
+    "\\u-1?",
+    "\\u99999999999 ",
+    "\\uc9",
+    "\\bin2147483647 ",
+    "\\bin-1 ",
+    "\\par",
+    "\\*\\x",
+    "\\fonttbl",
+    "\\ansicpg65001 ",
+    "\\v ",
+    "\\plain",
+    "\xED\xA0\x80",
+    "\n"};
+
+std::string FileText(const std::string& path) {
+    std::ifstream file(SOURCE_DIR "/" + path, std::ios::binary);
+    std::ostringstream text;
+    text << file.rdbuf();
+    return text.str();
+}
+
+// In UTF-16 with a mark, one file in three; else as it is.
+std::string InSomeEncoding(Hostile& hostile, std::string text) {
+    if (hostile.Below(3) != 0) return text;
+    std::u16string wide = u'\uFEFF' + platform::FromUtf8(text);
+    if (hostile.Below(2)) {
+        for (char16_t& unit : wide)
+            unit = static_cast<char16_t>(unit << 8 | unit >> 8);
+    }
+    return {reinterpret_cast<const char*>(wide.data()), wide.size() * sizeof(char16_t)};
+}
+
+// A file of its kind gone wrong: damaged, damaged in its other encoding, or noise.
+std::string Wrong(Hostile& hostile, const std::string& text,
+                  std::span<const std::string_view> tokens) {
+    const std::string start = text.substr(0, text.find('\n') + 1);
+    if (hostile.Below(5) == 0) return InSomeEncoding(hostile, start + hostile.Noise(tokens));
+    if (hostile.Below(3) == 0) return hostile.Damaged(InSomeEncoding(hostile, text), tokens);
+    return InSomeEncoding(hostile, hostile.Damaged(text, tokens));
+}
+
+TEST(HostileFiles, AMachineFileIsReadWholeOrNotAtAll) {
+    const std::string base = MachineOf(0).Text();
+    std::vector<std::string> samples = {base};
+    for (const char* name : {"plain-export", "two-port-ethernet", "unicode-name"})
+        samples.push_back(FileText(std::string("samples/") + name + ".reg"));
+    std::size_t refused = 0;
+    for (const std::uint64_t seed : Seeds(400)) {
+        SCOPED_TRACE("TEST_SEED=" + std::to_string(seed));
+        Hostile hostile(seed);
+        const std::string file = Wrong(hostile, hostile.OneOf(samples), kMachineTokens);
+        ASSERT_EQ(WrongWithReading(base, file), "");
+        platform::Machine machine;
+        refused += platform::LoadMachineFile(machine, file).has_value();
+    }
+    std::cout << refused << " refused\n";
+}
+
+// A merge while the sheets are open, as regedit would do it.
+TEST(HostileFiles, AMergeIntoAnOpenSheetIsWholeOrNothing) {
+    std::size_t taken = 0;
+    for (const std::uint64_t seed : Seeds(40)) {
+        SCOPED_TRACE("TEST_SEED=" + std::to_string(seed));
+        Hostile hostile(seed);
+        const std::size_t number = seed % kMachines;
+        const std::string text = MachineOf(number).Text();
+        std::string file;
+        std::string merged;
+        bool isRefused = true;
+        while (isRefused && hostile.Below(8)) {  // one that is taken shows more
+            platform::Machine machine;
+            ASSERT_FALSE(platform::LoadMachineFile(machine, text));
+            file = Wrong(hostile, text, kMachineTokens);
+            isRefused = platform::MergeMachineFile(machine, file).has_value();
+            merged = platform::SaveMachineFile(machine);
+        }
+        if (merged.empty()) continue;
+        taken += !isRefused;
+        ExpectCleanUseAfter(number, hostile.OneOf(kScenarios), false, [&](TestMachine& test) {
+            const platform::QuietScope quiet;
+            (void)platform::MergeMachineFile(test.machine, file);
+            EXPECT_EQ(platform::SaveMachineFile(test.machine), merged);
+        });
+        if (HasFailure()) return;
+    }
+    std::cout << taken << " taken\n";
+}
+
+TEST(HostileFiles, AHelpFileIsShownOrTheControlIsEmpty) {
+    const std::string shipped = FileText("resources/help.xml");
+    std::size_t read = 0;
+    for (const std::uint64_t seed : Seeds(150)) {
+        SCOPED_TRACE("TEST_SEED=" + std::to_string(seed));
+        Hostile hostile(seed);
+        const std::string file = Wrong(hostile, shipped, kHelpTokens);
+        platform::XmlReader reader(false);
+        const bool isWellFormed = reader.Feed(file) && reader.Finish();
+        TestMachine test;
+        test.machine.Get<platform::Drive>().WriteWholeFile(
+            u"C:\\Program Files\\Corvanta\\Documentation\\help.xml", file);
+        test.Attach();
+        const TestWindow pane(u"RichEdit20W", ES_MULTILINE);
+        const HelpDocument* help = Library().helpDocument.get();
+        EXPECT_EQ(bool{help->document}, isWellFormed);
+        read += isWellFormed;
+        for (const char16_t* key : {u"Performance_ETH", u"PortType", u"TeamConfig", u"VlanHelp"}) {
+            pane.SetText(u"before");
+            ShowHelpTopic(help, pane.Handle(), key, nullptr);
+            const std::u16string shown = pane.Text();
+            EXPECT_LE(shown.size(), file.size() + file.size());  // each line's end has two
+            EXPECT_NE(shown, u"before");
+        }
+        test.user.Do([&] { SendMessageW(test.SheetWindow(), PSM_SETCURSEL, 1, 0); });
+        EXPECT_TRUE(test.RunSheet());
+    }
+    std::cout << read << " well-formed\n";
+}
+
+}  // namespace
