@@ -26,7 +26,7 @@ inline double Median(std::vector<double> values) {
     return *middle;
 }
 
-// Timed by the benchmark itself, so often; the lowest and the median time of five runs are shown.
+// Timed by the benchmark itself, so often; the lowest time of five runs and their spread are shown.
 inline void Repeated(benchmark::internal::Benchmark* benchmark, int iterations) {
     benchmark->UseManualTime()->Iterations(iterations)->Repetitions(5);
     benchmark->ComputeStatistics("min", Lowest)->DisplayAggregatesOnly();

@@ -1,6 +1,7 @@
 // The common file dialog, answered by the machine's user.
 
 #include <commdlg.h>
+#include <fileapi.h>
 #include <winerror.h>
 
 #include "Call.h"
@@ -30,6 +31,25 @@ std::size_t ExtensionOffset(std::u16string_view path) {
     return dot == std::u16string_view::npos || dot < NameOffset(path) ? 0 : dot + 1;
 }
 
+// Whether the dialog takes the name: not one that no file can have, and with a folder's it goes
+// there instead.
+bool IsFileName(std::u16string_view path) {
+    if (path.empty() || path.find_first_of(u"<>|*?\"") != path.npos) return false;
+    if (path.ends_with(u'\\') || path.ends_with(u'/')) return false;
+    const DWORD attributes = GetFileAttributesW(std::u16string(path).c_str());
+    return attributes == INVALID_FILE_ATTRIBUTES || (attributes & FILE_ATTRIBUTE_DIRECTORY) == 0;
+}
+
+// The name that the user ends with; nothing for Cancel. The dialog stays until then.
+std::optional<std::u16string> AskForName(User& user, const FileDialogRequest& request) {
+    constexpr int kMostTries = 100;
+    for (int tries = 0; tries < kMostTries; ++tries) {
+        std::optional<std::u16string> name = user.OnFileDialog(request);
+        if (!name || IsFileName(*name)) return name;
+    }
+    return std::nullopt;
+}
+
 BOOL AskForFile(Machine& machine, OPENFILENAMEW& dialog) {
     if (!machine.user) {
         machine.End("a file dialog without a user");
@@ -43,9 +63,9 @@ BOOL AskForFile(Machine& machine, OPENFILENAMEW& dialog) {
     request.flags = dialog.Flags;
 
     ModalScope modal(dialog.hwndOwner);
-    std::optional<std::u16string> path = machine.user->OnFileDialog(request);
+    std::optional<std::u16string> path = AskForName(*machine.user, request);
     modal.End();
-    if (!path || path->empty()) return FALSE;
+    if (!path) return FALSE;
     if (dialog.lpstrDefExt && ExtensionOffset(*path) == 0)
         path->append(u".").append(request.defaultExtension);
     if (path->size() >= dialog.nMaxFile) return FALSE;

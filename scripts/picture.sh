@@ -6,8 +6,11 @@
 set -euo pipefail
 cd "$(dirname "$0")/.."
 . scripts/wine.sh
+on_display scripts/picture.sh "$@"
 folder=$1
-work=build/wine/picture
+work=$wine_work/picture
+# The font of a window's own buttons, which Wine looks for among those of its Windows.
+marlett=$(find /usr/share -name marlett.ttf 2>/dev/null | head -n 1)
 
 # picture NAME TAB CAPTION: the window of that caption, once the tab is open.
 picture() {
@@ -19,7 +22,7 @@ picture() {
     printf 'tabs\n' >&"$commands"
     read -r line <&"$answers"
     while [ "$line" != "$last_tab" ]; do read -r line <&"$answers"; done
-    import -window "$3" -depth 8 -colors 64 "PNG8:$folder/$1$suffix.png"
+    import -window "$3" -depth 8 +dither -colors 64 "PNG8:$folder/$1$suffix.png"
 }
 
 # sheet_of SAMPLE LAST_TAB CAPTION [DEVICE] [NAME TAB]...: opens the sheet and takes those pictures.
@@ -28,13 +31,13 @@ sheet_of() {
     last_tab=$2
     shift 4
     copy_prefix "$work/base" "$work/prefix"
-    export WINEPREFIX=$PWD/$work/prefix
+    export WINEPREFIX=$work/prefix
     local c="$WINEPREFIX/drive_c/Program Files/Corvanta/Documentation"
     mkdir -p "$c"
     cp resources/help.xml "$c/"
     import_sample "samples/$sample.reg" "$work/import.reg" build/host/bin/sheet
     [ -z "$suffix" ] || "$wine" reg add 'HKCU\Control Panel\Desktop' /v LogPixels /t REG_DWORD /d 144 /f >/dev/null
-    coproc SHEET { "$wine" build/windows/bin/sheet.exe --lend build/windows/bin/lend.dll ${device:+--device "$device"} --script - 2>/dev/null; }
+    coproc SHEET { "$wine" build/windows/bin/sheet.exe --lend "$(windows_path build/windows/bin/lend.dll)" ${device:+--device "$device"} --script - 2>/dev/null; }
     answers=${SHEET[0]} commands=${SHEET[1]}
     while [ $# -gt 0 ]; do
         picture "$1" "$2" "$caption"
@@ -47,13 +50,13 @@ sheet_of() {
     rm -rf "$work/prefix"
 }
 
-[ -n "${PICTURE_DISPLAY-}" ] || exec env PICTURE_DISPLAY=1 xvfb-run -a -s '-screen 0 1024x900x24' "$0" "$@"
 rm -rf "$work"
 mkdir -p "$work" "$folder"
-new_prefix "$PWD/$work/base"
+trap 'rm -rf "$work"' EXIT
+new_prefix "$work/base"
+[ -z "$marlett" ] || cp "$marlett" "$work/base/drive_c/windows/Fonts/"
 for suffix in '' -144; do
     sheet_of two-port-ethernet Performance 'Corvanta Tessaron Ethernet Adapter Properties' '' information Information performance Performance
     sheet_of two-port-ipoib Performance 'Corvanta Tessaron IPoIB Adapter Properties' '' performance-ipoib Performance
     sheet_of port-types 'Port Protocol' 'Corvanta Tessaron Bus Device Properties' 'PCI\VEN_1C57&DEV_1A22&SUBSYS_00311C57&REV_01\4&1A5D73C9&0&0008' port-protocol 'Port Protocol'
 done
-rm -rf "$work"

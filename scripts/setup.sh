@@ -1,4 +1,4 @@
-# Sourced by ./run and ./test: finds tools, and installs Debian's packages for those that are missing
+# Sourced by the commands: finds tools, and installs Debian's packages for those that are missing
 # when this account may.
 
 # missing_packages PACKAGE... prints those that aren't installed.

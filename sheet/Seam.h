@@ -31,7 +31,8 @@ void LetTimePass(std::uint64_t milliseconds);
 // The user is asked for a deed at that time, also while time is passing.
 void WakeAt(std::uint64_t time);
 
-// Imports a machine file into the running machine. Refusal: "FILE:LINE: what is wrong".
+// Imports a machine file into the running machine. Refusal: "FILE:LINE: what is wrong"; a Windows
+// only tells when its import fails as a whole.
 void MergeFile(const std::string& path);
 
 // Keeps the registry as it is, for a later comparison. Called once, when a session begins.

@@ -1,5 +1,8 @@
 #include "Fixture.h"
 
+#include <cstring>
+#include <sstream>
+
 #include "Call.h"
 #include "Drive.h"
 #include "Facts.h"
@@ -31,13 +34,7 @@ constexpr char kLog[] = "C:\\Windows\\System32\\LogFiles\\PerformanceTuning.log"
 
 // The button that a box without an answer gets: the first one.
 int DefaultButton(UINT style) {
-    switch (style & 0xF) {
-        case MB_YESNO:
-        case MB_YESNOCANCEL:
-            return IDYES;
-        default:
-            return IDOK;
-    }
+    return (style & 0xF) == MB_YESNO || (style & 0xF) == MB_YESNOCANCEL ? IDYES : IDOK;
 }
 
 }  // namespace
@@ -209,22 +206,20 @@ std::string TestMachine::LogBytes() const {
         .value_or("");
 }
 
-std::vector<std::u16string> TestMachine::LogLines() const {
+std::vector<std::string> TestMachine::LogLines() const {
     const std::string bytes = LogBytes();
-    std::vector<std::u16string> lines;
-    std::u16string line;
-    for (std::size_t i = 2; i + 1 < bytes.size(); i += 2) {
-        const char16_t unit = static_cast<char16_t>(
-            static_cast<unsigned char>(bytes[i]) | (static_cast<unsigned char>(bytes[i + 1]) << 8));
-        if (unit == u'\r') continue;
-        if (unit != u'\n') {
-            line += unit;
-            continue;
-        }
-        const std::size_t stamp = line.find(u" : ");
-        lines.push_back(stamp == std::u16string::npos ? line : line.substr(stamp + 3));
-        line.clear();
+    if (bytes.empty()) return {};
+    std::u16string text(bytes.size() / 2, u'\0');
+    std::memcpy(text.data(), bytes.data(), text.size() * 2);
+    EXPECT_EQ(text.front(), u'\xFEFF') << "no byte-order mark";
+    text.erase(0, 1);
+    EXPECT_TRUE(text.empty() || text.back() == u'\n') << "the log ends within a line";
+    std::erase(text, u'\r');
+    std::vector<std::string> lines;
+    std::istringstream stream(platform::ToUtf8(text));
+    for (std::string line; std::getline(stream, line);) {
+        const std::size_t stamp = line.find(" : ");
+        lines.push_back(stamp == std::string::npos ? line : line.substr(stamp + 3));
     }
-    EXPECT_TRUE(line.empty()) << "the log ends within a line";
     return lines;
 }

@@ -37,7 +37,6 @@ class ScriptedUser : public platform::User {
     bool agrees = false;
 
     const std::vector<Box>& Boxes() const { return m_boxes; }
-    std::size_t AnswersLeft() const { return m_answers.size(); }
     // Called when the script is at its end; true when it did something.
     std::function<bool()> atEnd;
 
@@ -96,7 +95,7 @@ class TestMachine {
     DWORD Restarts(int port) const;
     DWORD Reboots() const;
     // Lines of the tuning log without their time stamps, blank ones kept; empty without a log.
-    std::vector<std::u16string> LogLines() const;
+    std::vector<std::string> LogLines() const;
     // The tuning log's bytes.
     std::string LogBytes() const;
 

@@ -8,6 +8,34 @@ const char kHklm[] = "HKEY_LOCAL_MACHINE\\";
 const char kNetClass[] = "{4D36E972-E325-11CE-BFC1-08002BE10318}";
 const char kTcp[] = "SYSTEM\\CurrentControlSet\\Services\\Tcpip\\Parameters";
 const char kAfd[] = "SYSTEM\\CurrentControlSet\\Services\\AFD\\Parameters";
+const char kStandIn[] = "SOFTWARE\\StandIn";
+
+// What every machine has, unless the sample says otherwise.
+const char kMachine[] = R"(Windows Registry Editor Version 5.00
+
+[HKEY_LOCAL_MACHINE\SOFTWARE\StandIn]
+"Version"="6.2"
+"ProductType"=dword:1
+"Time"="2026-11-19 08:05"
+
+[HKEY_LOCAL_MACHINE\SOFTWARE\StandIn\Processors]
+"Groups"="8"
+"Nodes"="0,0,0,0,0,0,0,0"
+
+[HKEY_LOCAL_MACHINE\SYSTEM\CurrentControlSet\Enum\PCI\VEN_1C57&DEV_1A20\4&1D8E6F20&0&0018]
+"Service"="cvta_bus"
+"ClassGUID"="{4D36E97D-E325-11CE-BFC1-08002BE10318}"
+"Driver"="{4D36E97D-E325-11CE-BFC1-08002BE10318}\\0031"
+
+[HKEY_LOCAL_MACHINE\SOFTWARE\Corvanta]
+"InstalledPath"="C:\\Program Files\\Corvanta\\"
+
+[HKEY_LOCAL_MACHINE\SYSTEM\CurrentControlSet\Services\Tcpip\Parameters]
+"SackOpts"=dword:0
+
+[HKEY_LOCAL_MACHINE\SYSTEM\CurrentControlSet\Services\AFD\Parameters]
+"FastSendDatagramThreshold"=dword:10000
+)";
 
 std::string Escaped(const std::string& text) {
     std::string escaped;
@@ -44,19 +72,16 @@ std::string PortGuid(const std::string& mac, Sample::Kind kind) {
 }  // namespace
 
 Sample& Sample::Version(const std::string& version) {
-    m_version = version;
-    return *this;
+    return With(kStandIn, Line("Version", version));
 }
 
 Sample& Sample::Server() {
-    m_server = true;
-    return *this;
+    return With(kStandIn, "\"ProductType\"=dword:3");
 }
 
 Sample& Sample::Processors(const std::string& groups, const std::string& nodes) {
-    m_groups = groups;
-    m_nodes = nodes;
-    return *this;
+    return With(kStandIn + std::string("\\Processors"),
+                Line("Groups", groups) + Line("Nodes", nodes));
 }
 
 Sample& Sample::Ticks(const std::string& ticks) {
@@ -85,13 +110,7 @@ Sample& Sample::NoCard() {
 }
 
 Sample& Sample::TcpToChange() {
-    m_tcpToChange = true;
-    return *this;
-}
-
-Sample& Sample::MuxPackage() {
-    m_mux = true;
-    return *this;
+    return With(kTcp, "\"SackOpts\"=-").With(kAfd, "\"FastSendDatagramThreshold\"=dword:400");
 }
 
 Sample& Sample::With(const std::string& path, const std::string& line) {
@@ -141,9 +160,7 @@ void Sample::AddPort(std::string& text, int port) const {
     const std::string id = InstanceId(port);
     text += Key("SYSTEM\\CurrentControlSet\\Enum\\" + id);
     text += Line("Service", ethernet ? "cvta_eth6x" : "ipoib6x");
-    text += Line("Driver", ClassKey(port).substr(std::string("SYSTEM\\CurrentControlSet\\Control"
-                                                             "\\Class\\")
-                                                     .size()));
+    text += Line("Driver", std::string(kNetClass) + (port == 1 ? "\\0011" : "\\0012"));
     text += Line("ClassGUID", kNetClass);
     text += Key(ClassKey(port));
     text += Line("ComponentId", ethernet ? "cvta\\eth_port" : "cvta\\ipoib_port");
@@ -161,14 +178,7 @@ void Sample::AddPort(std::string& text, int port) const {
 }
 
 std::string Sample::Text() const {
-    std::string text = "Windows Registry Editor Version 5.00\n";
-    text += Key("SOFTWARE\\StandIn");
-    text += Line("Version", m_version);
-    text += m_server ? "\"ProductType\"=dword:3\n" : "\"ProductType\"=dword:1\n";
-    text += Line("Time", "2026-11-19 08:05");
-    text += Key("SOFTWARE\\StandIn\\Processors");
-    text += Line("Groups", m_groups);
-    text += Line("Nodes", m_nodes);
+    std::string text = kMachine;
     text += Key("SOFTWARE\\StandIn\\DeviceTree");
     std::string children;
     std::string guids;
@@ -178,10 +188,6 @@ std::string Sample::Text() const {
         guids += (i == 0 ? "" : ";") + PortGuid(m_macs[i], m_kinds[i]);
     }
     text += Line(Escaped(BusInstanceId()), children);
-    text += Key(std::string("SYSTEM\\CurrentControlSet\\Enum\\") + BusInstanceId());
-    text += Line("Service", "cvta_bus");
-    text += Line("ClassGUID", "{4D36E97D-E325-11CE-BFC1-08002BE10318}");
-    text += Line("Driver", "{4D36E97D-E325-11CE-BFC1-08002BE10318}\\0031");
     if (m_card) {
         text += Key("SOFTWARE\\StandIn\\Cards\\0002c90300a5b6c0");
         text += Line("Ports", guids);
@@ -189,13 +195,6 @@ std::string Sample::Text() const {
     }
     for (std::size_t i = 0; i < m_kinds.size(); ++i)
         AddPort(text, static_cast<int>(i) + 1);
-    text += Key("SOFTWARE\\Corvanta");
-    text += Line("InstalledPath", "C:\\Program Files\\Corvanta\\");
-    text += Key(kTcp);
-    if (!m_tcpToChange) text += "\"SackOpts\"=dword:0\n";
-    text += Key(kAfd);
-    text += m_tcpToChange ? "\"FastSendDatagramThreshold\"=dword:400\n"
-                          : "\"FastSendDatagramThreshold\"=dword:10000\n";
     for (const auto& [path, line] : m_more)
         text += Key(path) + line + "\n";
     return text;

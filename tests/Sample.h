@@ -21,7 +21,6 @@ class Sample {
     Sample& NoCard();
     // TCP and AFD settings that a run has to change.
     Sample& TcpToChange();
-    Sample& MuxPackage();  // both INF files' place; the files are laid by the fixture
     // A further value: path below HKEY_LOCAL_MACHINE, line as in a machine file.
     Sample& With(const std::string& path, const std::string& line);
     // A value of the first (1) or second (2) port's class key.
@@ -42,15 +41,9 @@ class Sample {
   private:
     void AddPort(std::string& text, int port) const;
 
-    std::string m_version = "6.2";
-    bool m_server = false;
-    std::string m_groups = "8";
-    std::string m_nodes = "0,0,0,0,0,0,0,0";
     std::string m_ticks = "50";
     std::vector<Kind> m_kinds = {Kind::Ethernet, Kind::Ethernet};
     std::vector<std::string> m_macs = {"00-02-C9-11-22-33", "00-02-C9-11-22-34"};
     bool m_card = true;
-    bool m_tcpToChange = false;
-    bool m_mux = false;
     std::vector<std::pair<std::string, std::string>> m_more;
 };

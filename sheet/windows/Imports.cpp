@@ -18,6 +18,7 @@ std::vector<Import> ImportsOf(HMODULE library) {
     for (auto* dll =
              reinterpret_cast<const IMAGE_IMPORT_DESCRIPTOR*>(image + directory.VirtualAddress);
          dll->Name != 0; ++dll) {
+        if (dll->OriginalFirstThunk == 0) continue;  // the names are gone
         auto* name = reinterpret_cast<const IMAGE_THUNK_DATA*>(image + dll->OriginalFirstThunk);
         auto* slot = reinterpret_cast<ImportedFunction*>(image + dll->FirstThunk);
         for (; name->u1.AddressOfData != 0; ++name, ++slot) {

@@ -7,6 +7,7 @@
 #include <io.h>
 #include <shellapi.h>
 
+#include <filesystem>
 #include <fstream>
 #include <iostream>
 
@@ -81,7 +82,7 @@ int Follow(const std::string& path, const std::optional<Text>& instanceId) {
     std::ifstream file;
     const bool fromFile = path != "-";
     if (fromFile) {
-        file.open(path);
+        file.open(std::filesystem::path(FromUtf8(path)));
         if (!file) throw Refusal{path + ": can't be read"};
     }
     Script script(fromFile ? static_cast<std::istream&>(file) : std::cin,

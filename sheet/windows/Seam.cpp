@@ -1,6 +1,6 @@
 #include "../Seam.h"
 
-#include <cstdio>
+#include <filesystem>
 #include <fstream>
 #include <iterator>
 
@@ -79,7 +79,7 @@ void LetTimePass(std::uint64_t) {}
 void WakeAt(std::uint64_t) {}
 
 void MergeFile(const std::string& path) {
-    std::ifstream file(path, std::ios::binary);
+    std::ifstream file(std::filesystem::path(FromUtf8(path)), std::ios::binary);
     if (!file) throw Refusal{path + ": can't be read"};
     std::string bytes((std::istreambuf_iterator<char>(file)), std::istreambuf_iterator<char>());
     // The system's import takes UTF-16, lowest byte first, behind a byte-order mark.
@@ -88,8 +88,7 @@ void MergeFile(const std::string& path) {
         const Text text = TEXT('\xFEFF') + FromUtf8(bytes);
         bytes.assign(reinterpret_cast<const char*>(text.data()), text.size() * sizeof(WCHAR));
     }
-    ScratchFile import;
-    import.Write(bytes);
+    const ScratchFile import(bytes);
     if (!RunCommand(TEXT("regedit.exe /S \"") + import.Path() + TEXT("\"")))
         throw Refusal{path + ": can't be imported"};
 }

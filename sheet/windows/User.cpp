@@ -77,9 +77,9 @@ User::User(Session& session) : m_session(session) {
     RegisterClassW(&windowClass);
     m_window = CreateWindowExW(0, kClassName, TEXT(""), 0, 0, 0, 0, 0, HWND_MESSAGE, nullptr,
                                windowClass.hInstance, nullptr);
+    g_user = this;
     m_posted = SetWindowsHookExW(WH_GETMESSAGE, OnPosted, nullptr, GetCurrentThreadId());
     m_sent = SetWindowsHookExW(WH_CALLWNDPROC, OnSent, nullptr, GetCurrentThreadId());
-    g_user = this;
     if (m_window == nullptr || m_posted == nullptr || m_sent == nullptr ||
         SetTimer(m_window, 1, kLookEvery, nullptr) == 0) {
         throw Refusal{"the windows of this computer can't be watched: error " +
@@ -136,19 +136,18 @@ void User::Look() {
 // True when it was one that wanted something.
 bool User::LookAtNewDialog() {
     for (const HWND dialog : ShownDialogs()) {
-        if (Contains(m_seen, dialog)) continue;
+        // A file dialog that has been answered and is still there wants another answer.
+        const bool wantsAgain = Contains(m_fileDialogs, dialog) && IsWindowEnabled(dialog);
+        if (Contains(m_seen, dialog) && !wantsAgain) continue;
         const HWND owner = GetWindow(dialog, GW_OWNER);
         if (FileNameOf(dialog) != nullptr) {
-            m_seen.push_back(dialog);
             AnswerFileDialog(dialog);
             return true;
         }
         if (Contains(m_fileDialogs, owner)) {
             // It asks whether a file may be replaced, or says that the name won't do.
             m_seen.push_back(dialog);
-            const bool asks = GetDlgItem(dialog, IDYES) != nullptr;
-            PressButton(dialog, asks ? IDYES : IDOK);
-            if (!asks) PressButton(owner, IDCANCEL);
+            PressButton(dialog, GetDlgItem(dialog, IDYES) != nullptr ? IDYES : IDOK);
             return true;
         }
         if (m_boxes.empty() || m_boxes.back().window != nullptr ||
@@ -169,7 +168,10 @@ void User::AnswerBox(PendingBox& box, HWND window) {
 }
 
 void User::AnswerFileDialog(HWND dialog) {
-    m_fileDialogs.push_back(dialog);
+    if (!Contains(m_seen, dialog)) {
+        m_seen.push_back(dialog);
+        m_fileDialogs.push_back(dialog);
+    }
     const std::optional<Text> path = m_session.OnFileDialog();
     if (path) SetWindowTextW(FileNameOf(dialog), path->c_str());
     PressButton(dialog, path ? IDOK : IDCANCEL);

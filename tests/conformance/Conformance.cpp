@@ -64,6 +64,5 @@ Text DialogCase::TextOf(HWND window) {
 }
 
 INT_PTR CALLBACK DialogCase::Procedure(HWND window, UINT message, WPARAM wParam, LPARAM lParam) {
-    if (message == WM_COMMAND && lParam != 0) s_case->codes.push_back(HIWORD(wParam));
     return s_case->on ? s_case->on(window, message, wParam, lParam) : FALSE;
 }

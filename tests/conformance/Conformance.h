@@ -58,7 +58,7 @@ class Worker {
     const HANDLE m_thread;
 };
 
-// A dialog of Conformance.rc, which asks `on` about each message and notes what is told by command.
+// A dialog of Conformance.rc, which asks `on` about each message.
 class DialogCase : public Conformance {
   protected:
     using Handler = std::function<INT_PTR(HWND, UINT, WPARAM, LPARAM)>;
@@ -75,9 +75,8 @@ class DialogCase : public Conformance {
     static Text TextOf(HWND window);
     static INT_PTR CALLBACK Procedure(HWND window, UINT message, WPARAM wParam, LPARAM lParam);
 
-    HWND dialog = nullptr;    // the last one
-    std::vector<UINT> codes;  // of the WM_COMMAND messages
-    Handler on;               // may be empty
+    HWND dialog = nullptr;  // the last one
+    Handler on;             // may be empty
 
   private:
     static inline DialogCase* s_case = nullptr;

@@ -4,7 +4,7 @@
 #define IDD_EMPTY 100
 #define IDD_RADIOS 101
 #define IDD_BUTTONS 102
-#define IDD_LISTS 103
+#define IDD_LIST 103
 #define IDD_RICH 104
 #define IDD_PAGE 105
 
@@ -12,10 +12,7 @@
 #define IDC_FIRST_RADIO 11
 #define IDC_LAST_RADIO 16
 #define IDC_PUSH 21
-#define IDC_CHECK 22
 #define IDC_AUTO_CHECK 23
-#define IDC_AUTO_3STATE 24
 #define IDC_AUTO_RADIO 25
-#define IDC_COMBO 41
 #define IDC_LIST_VIEW 42
 #define IDC_RICH 44

@@ -15,18 +15,15 @@ class RegistryTest : public Conformance {
     // A key below the scratch key, made with what is missing, closed with the fixture.
     HKEY Make(const Text& path, REGSAM access = KEY_ALL_ACCESS) {
         HKEY key = nullptr;
-        EXPECT_EQ(Create(scratch, path, access, &key), 0);
+        EXPECT_EQ(
+            RegCreateKeyExW(scratch, path.c_str(), 0, nullptr, 0, access, nullptr, &key, nullptr),
+            0);
         m_keys.push_back(key);
         return key;
     }
     void TearDown() override {
         for (const HKEY key : m_keys)
             EXPECT_EQ(RegCloseKey(key), 0);
-    }
-    static LSTATUS Create(HKEY from, const Text& path, REGSAM access, HKEY* key,
-                          DWORD* disposition = nullptr) {
-        return RegCreateKeyExW(from, path.c_str(), 0, nullptr, 0, access, nullptr, key,
-                               disposition);
     }
     static LSTATUS Open(HKEY from, const WCHAR* path, REGSAM access = KEY_READ) {
         HKEY key = nullptr;
@@ -73,37 +70,24 @@ class RegistryTest : public Conformance {
     std::vector<HKEY> m_keys;
 };
 
-TEST_F(RegistryTest, PathsOpenAndCreate) {
+TEST_F(RegistryTest, PathsOpen) {
     const Text longest(255, TEXT('n'));
     Make(TEXT("One\\Two"));
     Make(longest);
     const struct {
         Text path;
-        LSTATUS opened, created;
+        LSTATUS opened;
     } cases[] = {
-        {TEXT("oNE\\tWO"), 0, 0},
-        {TEXT("One\\Two\\"), 0, 0},
-        {TEXT("One\\\\Two"), 0, 0},
-        {TEXT("\\One"), ERROR_BAD_PATHNAME, ERROR_BAD_PATHNAME},
-        {longest, 0, 0},
-        {TEXT("One\\Three"), ERROR_FILE_NOT_FOUND, 0},
-        {TEXT("Four\\Five\\"), ERROR_FILE_NOT_FOUND, 0},
+        {TEXT("oNE\\tWO"), 0},
+        {TEXT("One\\Two\\"), 0},
+        {TEXT("One\\\\Two"), 0},
+        {TEXT("\\One"), ERROR_BAD_PATHNAME},
+        {longest, 0},
+        {TEXT("One\\Three"), ERROR_FILE_NOT_FOUND},
+        {TEXT("Four\\Five\\"), ERROR_FILE_NOT_FOUND},
     };
-    for (const auto& row : cases) {
-        SCOPED_TRACE(&row - cases);
-        EXPECT_EQ(Open(scratch, row.path.c_str()), row.opened);
-        HKEY key = nullptr;
-        DWORD disposition = 0;
-        EXPECT_EQ(Create(scratch, row.path, KEY_READ, &key, &disposition), row.created);
-        if (row.created != 0) continue;
-        EXPECT_EQ(disposition,
-                  row.opened == 0 ? DWORD{REG_OPENED_EXISTING_KEY} : DWORD{REG_CREATED_NEW_KEY});
-        RegCloseKey(key);
-    }
-    HKEY key = nullptr;
-    EXPECT_EQ(RegOpenKeyExW(HKEY_CURRENT_USER, TEXT(""), 0, KEY_READ, &key), 0);
-    RegCloseKey(key);
-    EXPECT_EQ(Open(scratch, nullptr), 0);
+    for (const auto& row : cases)
+        EXPECT_EQ(Open(scratch, row.path.c_str()), row.opened) << &row - cases;
     EXPECT_EQ(Open(nullptr, TEXT("One")), ERROR_INVALID_HANDLE);
 }
 
@@ -142,7 +126,6 @@ TEST_F(RegistryTest, ValuesComeBackAsTheyWereSet) {
         EXPECT_EQ(size, row.status == ERROR_FILE_NOT_FOUND ? 0 : row.size);
     }
     EXPECT_EQ(Query(scratch, TEXT("Name")), 0) << "nothing asked but whether it is there";
-    EXPECT_EQ(Set(scratch, Text(16384, TEXT('v')).c_str()), ERROR_INVALID_PARAMETER);
 }
 
 TEST_F(RegistryTest, SubkeysEnumerateSorted) {
@@ -169,17 +152,6 @@ TEST_F(RegistryTest, ValuesEnumerateAsTheyWereSet) {
     EXPECT_EQ(Values(scratch), (Names{TEXT("a"), TEXT("m"), TEXT("@")}));
 }
 
-TEST_F(RegistryTest, AnEnumerationSurvivesChangesBetweenItsSteps) {
-    for (const WCHAR* name : {TEXT("a"), TEXT("b"), TEXT("c"), TEXT("d")})
-        Make(name);
-    EXPECT_EQ(Nth(&RegEnumKeyExW, scratch, 1), TEXT("b"));
-    EXPECT_EQ(RegDeleteKeyW(scratch, TEXT("b")), 0);
-    Text seen;
-    for (const DWORD index : {1U, 0U, 2U, 3U})
-        seen += Nth(&RegEnumKeyExW, scratch, index);
-    EXPECT_EQ(seen, TEXT("cad"));
-}
-
 TEST_F(RegistryTest, AHandleDoesWhatItWasOpenedFor) {
     const struct {
         REGSAM access;
@@ -188,10 +160,7 @@ TEST_F(RegistryTest, AHandleDoesWhatItWasOpenedFor) {
         {KEY_QUERY_VALUE, true, false, false},
         {KEY_SET_VALUE, false, true, false},
         {KEY_ENUMERATE_SUB_KEYS, false, false, true},
-        {KEY_WRITE, false, true, false},
-        {GENERIC_READ, true, false, true},
-        {GENERIC_ALL, true, true, true},
-        {MAXIMUM_ALLOWED, true, true, true},
+        {KEY_ALL_ACCESS, true, true, true},
     };
     for (const auto& row : cases) {
         SCOPED_TRACE(row.access);
@@ -203,77 +172,19 @@ TEST_F(RegistryTest, AHandleDoesWhatItWasOpenedFor) {
         Make(TEXT("Key\\Sub"));
         EXPECT_EQ(Subkeys(key).empty(), !row.enumerate);
         EXPECT_EQ(Open(key, TEXT("Sub")), 0) << "by the key's own security, not the handle's";
-        EXPECT_EQ(RegDeleteKeyW(key, TEXT("Sub")), 0) << "the same";
-        EXPECT_EQ(RegDeleteTreeW(key, nullptr), expected(row.query && row.set && row.enumerate));
         EXPECT_EQ(RegDeleteValueW(key, TEXT("none")),
                   row.set ? ERROR_FILE_NOT_FOUND : ERROR_ACCESS_DENIED);
     }
 }
 
-TEST_F(RegistryTest, DeletingKeys) {
-    const HKEY base = Make(TEXT("Base"));
-    Make(TEXT("Base\\Full\\Below"));
-    EXPECT_EQ(RegDeleteKeyW(base, TEXT("Full")), ERROR_ACCESS_DENIED) << "it has a subkey";
-    EXPECT_EQ(RegDeleteKeyW(base, TEXT("None")), ERROR_FILE_NOT_FOUND);
-    EXPECT_EQ(RegDeleteTreeW(base, TEXT("None")), ERROR_FILE_NOT_FOUND);
-    EXPECT_EQ(RegDeleteTreeW(base, TEXT("Full")), 0);
-    EXPECT_EQ(Open(base, TEXT("Full")), ERROR_FILE_NOT_FOUND);
-
-    Make(TEXT("Base\\Other\\Below"));
-    ASSERT_EQ(Set(base, TEXT("v")), 0);
-    EXPECT_EQ(RegDeleteTreeW(base, nullptr), 0);
-    EXPECT_EQ(Subkeys(base), Names());
-    EXPECT_EQ(Values(base), Names());
-    EXPECT_EQ(Open(scratch, TEXT("Base")), 0) << "the key itself stays";
-    EXPECT_EQ(RegDeleteKeyW(base, TEXT("")), 0);
-    EXPECT_EQ(Open(scratch, TEXT("Base")), ERROR_FILE_NOT_FOUND);
-}
-
 TEST_F(RegistryTest, AHandleOfADeletedKeyIsGoodForClosingOnly) {
     const HKEY key = Make(TEXT("Key\\Below"));
-    const HKEY reader = Make(TEXT("Key\\Below"), KEY_READ);
     EXPECT_EQ(RegDeleteTreeW(scratch, TEXT("Key")), 0);
     Make(TEXT("Key\\Below"));  // of the same name, but another key
-    EXPECT_EQ(Set(reader, TEXT("v")), ERROR_ACCESS_DENIED) << "rights are looked at first";
-    WCHAR name[8];
-    DWORD length = 8;
-    HKEY other = nullptr;
-    const LSTATUS results[] = {
-        Set(key, TEXT("v")),
-        Query(key, TEXT("v")),
-        RegDeleteValueW(key, TEXT("v")),
-        RegEnumKeyExW(key, 0, name, &length, nullptr, nullptr, nullptr, nullptr),
-        RegEnumValueW(key, 0, name, &length, nullptr, nullptr, nullptr, nullptr),
-        Open(key, TEXT("")),
-        Create(key, TEXT("s"), KEY_READ, &other),
-        RegDeleteKeyW(key, TEXT("")),
-        RegDeleteTreeW(key, nullptr),
-    };
-    for (const LSTATUS& result : results)
-        EXPECT_EQ(result, ERROR_KEY_DELETED) << &result - results;
-}
-
-TEST_F(RegistryTest, ClosingKnowsItsHandles) {
-    HKEY key = nullptr;
-    ASSERT_EQ(Create(scratch, TEXT("Sub"), KEY_READ, &key), 0);
-    EXPECT_EQ(RegCloseKey(key), 0);
-    EXPECT_EQ(RegCloseKey(key), ERROR_INVALID_HANDLE);
-    EXPECT_EQ(RegCloseKey(HKEY_CURRENT_USER), 0) << "a predefined key stays open";
-}
-
-TEST_F(RegistryTest, ManyValuesInOneKeyStayApart) {
-    constexpr int count = 500;
-    const auto name = [](int i) { return Text(TEXT("v")) + static_cast<WCHAR>(0x4E00 + i); };
-    Names left;
-    for (int i = 0; i < count; ++i)
-        ASSERT_EQ(Set(scratch, name(i).c_str(), {static_cast<BYTE>(i)}), 0);
-    for (int i = 0; i < count; i += 2) {
-        ASSERT_EQ(RegDeleteValueW(scratch, name(i).c_str()), 0);
-        left.push_back(name(i + 1));
-    }
-    for (int i = 0; i < count; ++i)
-        ASSERT_EQ(Query(scratch, name(i).c_str()), i % 2 == 0 ? ERROR_FILE_NOT_FOUND : 0) << i;
-    EXPECT_EQ(Values(scratch), left);
+    EXPECT_EQ(Set(key, TEXT("v")), ERROR_KEY_DELETED);
+    EXPECT_EQ(Query(key, TEXT("v")), ERROR_KEY_DELETED);
+    EXPECT_EQ(RegDeleteValueW(key, TEXT("v")), ERROR_KEY_DELETED);
+    EXPECT_EQ(Open(key, TEXT("")), ERROR_KEY_DELETED);
 }
 
 }  // namespace

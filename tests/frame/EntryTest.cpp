@@ -2,8 +2,6 @@
 #include "LibraryState.h"
 #include "MachineFile.h"
 
-extern "C" BOOL WINAPI DllMain(HINSTANCE module, DWORD reason, LPVOID reserved);
-
 namespace {
 
 bool HasHelp() {
@@ -26,17 +24,6 @@ TEST(Attach, BeginsWithACleanRecordEachTime) {
     EXPECT_EQ(Library().vlanPages.count, 0);
     EXPECT_EQ(FindPageObject(Library().vlanPages, nullptr), nullptr);
     EXPECT_EQ(Library().activeConfigTabCount, 0);
-}
-
-TEST(Attach, EveryCallStoresTheModule) {
-    TestMachine test;
-    const HMODULE module = test.Attach();
-    EXPECT_EQ(Library().moduleHandle, module);
-    const auto other = reinterpret_cast<HINSTANCE>(&test);
-    EXPECT_TRUE(DllMain(other, DLL_THREAD_ATTACH, nullptr));
-    EXPECT_EQ(Library().moduleHandle, other);
-    EXPECT_TRUE(DllMain(module, DLL_THREAD_DETACH, nullptr));
-    EXPECT_EQ(Library().moduleHandle, module);
 }
 
 TEST(Attach, ComIsUninitialisedOnlyByWhoInitialisedIt) {

@@ -17,47 +17,31 @@ namespace {
 
 // Pieces that mean something there, apart from what stands in the files themselves.
 constexpr std::string_view kMachineTokens[] = {
-    "[HKEY_LOCAL_MACHINE\\",
-    "[-HKEY_LOCAL_MACHINE\\",
-    "SYSTEM\\",
+    "[-HKEY_LOCAL_MACHINE\\SYSTEM\\",
     "ControlSet001]\n",
-    "]\n",
-    "\"",
-    "[HKEY_LOCAL_MACHINE\\SYSTEM\\Select]\n\"Current\"=dword:1\n",
     "\"v\"=",
     "\"V\"=-\n",
-    "@=",
     "dword:FFFFFFFF\n",
-    "hex:",
     "hex(ffffffff):",
     "00,",
-    "zz,",
-    "\\",
     "\\\n",
-    "\r\n",
-    "\n",
-    "; ",
     "=",
-    "\xEF\xBB\xBF",
-    "\xC3\xA9",
+    "\"",
     "\xED\xA0\x80",
     std::string_view("\0", 1),
-    "\xFF\xFE"};
+    "\xFF\xFE",
+    "[HKEY_LOCAL_MACHINE\\SYSTEM\\Select]\n\"Current\"=dword:1\n"};
 constexpr std::string_view kHelpTokens[] = {
     "<",
     "/>",
-    "</help>",
     "<PortType>",
     "</PortType>",
-    "<?xml version=\"1.0\" encoding=\"utf-16\"?>",
     "<![CDATA[",
     "]]>",
     "<!--",
-    "-->",
-    "&amp;",
     "&#x0;",
-    "&#xD800;",
     "&x;",
+    "<?xml version=\"1.0\" encoding=\"utf-16\"?>",
     "<!DOCTYPE a [<!ENTITY x \"&#123;\\rtf1 y\"><!ENTITY z SYSTEM \"file:///z\">]>",
     "{\\rtf1 ",
     "{",
@@ -70,14 +54,10 @@ constexpr std::string_view kHelpTokens[] = {
     "\\uc9",
     "\\bin2147483647 ",
     "\\bin-1 ",
-    "\\par",
     "\\*\\x",
-    "\\fonttbl",
     "\\ansicpg65001 ",
     "\\v ",
-    "\\plain",
-    "\xED\xA0\x80",
-    "\n"};
+    "\xED\xA0\x80"};
 
 std::string FileText(const std::string& path) {
     std::ifstream file(SOURCE_DIR "/" + path, std::ios::binary);
@@ -111,21 +91,16 @@ TEST(HostileFiles, AMachineFileIsReadWholeOrNotAtAll) {
     std::vector<std::string> samples = {base};
     for (const char* name : {"plain-export", "two-port-ethernet", "unicode-name"})
         samples.push_back(FileText(std::string("samples/") + name + ".reg"));
-    std::size_t refused = 0;
     for (const std::uint64_t seed : Seeds(400)) {
         SCOPED_TRACE("TEST_SEED=" + std::to_string(seed));
         Hostile hostile(seed);
         const std::string file = Wrong(hostile, hostile.OneOf(samples), kMachineTokens);
         ASSERT_EQ(WrongWithReading(base, file), "");
-        platform::Machine machine;
-        refused += platform::LoadMachineFile(machine, file).has_value();
     }
-    std::cout << refused << " refused\n";
 }
 
 // A merge while the sheets are open, as regedit would do it.
 TEST(HostileFiles, AMergeIntoAnOpenSheetIsWholeOrNothing) {
-    std::size_t taken = 0;
     for (const std::uint64_t seed : Seeds(40)) {
         SCOPED_TRACE("TEST_SEED=" + std::to_string(seed));
         Hostile hostile(seed);
@@ -142,7 +117,6 @@ TEST(HostileFiles, AMergeIntoAnOpenSheetIsWholeOrNothing) {
             merged = platform::SaveMachineFile(machine);
         }
         if (merged.empty()) continue;
-        taken += !isRefused;
         ExpectCleanUseAfter(number, hostile.OneOf(kScenarios), false, [&](TestMachine& test) {
             const platform::QuietScope quiet;
             (void)platform::MergeMachineFile(test.machine, file);
@@ -150,12 +124,10 @@ TEST(HostileFiles, AMergeIntoAnOpenSheetIsWholeOrNothing) {
         });
         if (HasFailure()) return;
     }
-    std::cout << taken << " taken\n";
 }
 
 TEST(HostileFiles, AHelpFileIsShownOrTheControlIsEmpty) {
     const std::string shipped = FileText("resources/help.xml");
-    std::size_t read = 0;
     for (const std::uint64_t seed : Seeds(150)) {
         SCOPED_TRACE("TEST_SEED=" + std::to_string(seed));
         Hostile hostile(seed);
@@ -169,7 +141,6 @@ TEST(HostileFiles, AHelpFileIsShownOrTheControlIsEmpty) {
         const TestWindow pane(u"RichEdit20W", ES_MULTILINE);
         const HelpDocument* help = Library().helpDocument.get();
         EXPECT_EQ(bool{help->document}, isWellFormed);
-        read += isWellFormed;
         for (const char16_t* key : {u"Performance_ETH", u"PortType", u"TeamConfig", u"VlanHelp"}) {
             pane.SetText(u"before");
             ShowHelpTopic(help, pane.Handle(), key, nullptr);
@@ -180,7 +151,6 @@ TEST(HostileFiles, AHelpFileIsShownOrTheControlIsEmpty) {
         test.user.Do([&] { SendMessageW(test.SheetWindow(), PSM_SETCURSEL, 1, 0); });
         EXPECT_TRUE(test.RunSheet());
     }
-    std::cout << read << " well-formed\n";
 }
 
 }  // namespace

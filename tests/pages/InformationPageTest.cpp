@@ -3,12 +3,8 @@
 #include "InformationTest.h"
 
 #include "Drive.h"
-#include "LibraryState.h"
 
 namespace {
-
-constexpr char16_t kTableFailed[] =
-    u"VLAN status refresh failed to query system.\r\nError message: Access is denied.\r\n";
 
 void FailTable(TestMachine& test) {
     test.machine.faults.FailCalls("GetAdaptersAddresses", u"", ERROR_ACCESS_DENIED);
@@ -26,27 +22,6 @@ void PressBoxOk() {
 void DoAfter(TestMachine& test, std::uint64_t milliseconds, std::function<void()> deed) {
     test.user.Do([&test, milliseconds] { test.machine.scheduler.UserWaits(milliseconds); });
     test.user.Do(std::move(deed));
-}
-
-TEST(InformationPage, ShowsTheRowsInTwoColumns) {
-    TestMachine test(FullSample());
-    test.user.Do([&] {
-        Texts titles;
-        for (const WPARAM i : {0, 1}) {
-            WCHAR text[40] = {};
-            LVCOLUMNW column = {};
-            column.mask = LVCF_TEXT | LVCF_WIDTH;
-            column.pszText = text;
-            column.cchTextMax = ARRAYSIZE(text);
-            SendMessageW(List(test), LVM_GETCOLUMNW, i, reinterpret_cast<LPARAM>(&column));
-            titles.emplace_back(text);
-            EXPECT_EQ(column.cx, i == 0 ? 200 : 130);
-        }
-        EXPECT_EQ(titles, Texts({u"Information", u"Value"}));
-        EXPECT_EQ(ListValues(test), FullValues());
-    });
-    EXPECT_TRUE(test.RunSheet());
-    EXPECT_EQ(Library().informationPages.count, 0) << "the page's window is forgotten";
 }
 
 TEST(InformationPage, PollsOnlyWhileItIsActive) {
@@ -144,33 +119,6 @@ TEST(InformationPage, EachFailedPassIsToldOnceItsForerunnerIsRead) {
         test.machine.faults.Disarm();
     });
     EXPECT_TRUE(test.RunSheet());
-    for (const auto& box : test.user.Boxes()) {
-        EXPECT_EQ(box.caption, u"Error");
-        EXPECT_EQ(box.text, kTableFailed);
-        EXPECT_EQ(box.style, 0x2010u);
-    }
-}
-
-TEST(InformationPage, IsLeftWhileABoxAboutAFailedPassIsUp) {
-    for (const bool closes : {false, true}) {
-        SCOPED_TRACE(closes ? "the sheet closes" : "another tab");
-        TestMachine test(FullSample());
-        DoAfter(test, 1000, [&] {
-            FailTable(test);
-            test.user.Answer(0);
-        });
-        DoAfter(test, 20000, [&] {
-            ASSERT_EQ(test.user.Boxes().size(), 1u);
-            if (closes)
-                SendMessageW(test.SheetWindow(), PSM_PRESSBUTTON, PSBTN_CANCEL, 0);
-            else
-                Leave(test);
-            EXPECT_FALSE(Polls(test));
-        });
-        DoAfter(test, 20000, PressBoxOk);
-        EXPECT_TRUE(test.RunSheet());
-        EXPECT_EQ(test.user.Boxes().size(), 1u);
-    }
 }
 
 TEST(InformationPage, WhatAPassSaysOfATabThatWasLeftIsDropped) {
@@ -231,19 +179,6 @@ TEST(InformationPage, SavesWhatItShowsWhereItsUserSays) {
               "IPv4 Address : 192.168.7.10\r\n"
               "Adapter User Name : Eth 1\r\n"
               "Adapter PKey : 0x7fff\r\n");
-}
-
-TEST(InformationPage, AFileThatFailsIsTold) {
-    TestMachine test(FullSample());
-    test.user.Do([&] {
-        test.machine.faults.FailCalls("WriteFile", u"", ERROR_DISK_FULL);
-        test.user.Save(u"C:\\x.log");
-        test.user.Answer(IDOK);
-        test.Press(kSaveToFile);
-    });
-    EXPECT_TRUE(test.RunSheet());
-    ASSERT_EQ(test.user.Boxes().size(), 1u);
-    EXPECT_TRUE(test.user.Boxes()[0].text.starts_with(u"Failed to write to file.\r\n"));
 }
 
 }  // namespace

@@ -38,6 +38,31 @@ inline Sample Bus(const std::string& flag, const std::string& type = "") {
     return sample;
 }
 
+inline std::string Buttons(TestMachine& test, const int (&controls)[3]) {
+    std::string shown;
+    int hidden = 0;
+    for (const int control : controls) {
+        const HWND button = GetDlgItem(test.Page(), control);
+        const bool isChecked = test.IsChecked(control);
+        shown += IsWindowEnabled(button) ? (isChecked ? '*' : 'o') : (isChecked ? 'X' : '-');
+        hidden += !IsWindowVisible(button);
+    }
+    return hidden == 0 ? shown : hidden == 3 ? "(" + shown + ")" : "partly hidden";
+}
+
+// "HW" when the box is checked, and the buttons of both ports, a character each: - disabled, X
+// disabled and checked, o enabled, * enabled and checked. In brackets when hidden.
+inline std::string State(TestMachine& test) {
+    return (test.IsChecked(kDefaults) ? "HW " : "") + Buttons(test, kPort1) + " " +
+           Buttons(test, kPort2);
+}
+
+inline std::string TextOf(const TestMachine& test, int control) {
+    WCHAR text[200] = {};
+    GetDlgItemTextW(test.Page(), control, text, ARRAYSIZE(text));
+    return platform::ToUtf8(text);
+}
+
 class PortProtocolTest : public TestMachine {
   public:
     using TestMachine::TestMachine;
@@ -50,16 +75,6 @@ class PortProtocolTest : public TestMachine {
     void Push(WPARAM sheetButton) { SendMessageW(SheetWindow(), PSM_PRESSBUTTON, sheetButton, 0); }
     bool CanApply() const { return IsWindowEnabled(GetDlgItem(SheetWindow(), kApply)); }
 
-    // "HW" when the box is checked, and the buttons of both ports, a character each: - disabled, X
-    // disabled and checked, o enabled, * enabled and checked. In brackets when hidden.
-    std::string State() {
-        return (IsChecked(kDefaults) ? "HW " : "") + Buttons(kPort1) + " " + Buttons(kPort2);
-    }
-    std::string TextOf(int control) const {
-        WCHAR text[200] = {};
-        GetDlgItemTextW(Page(), control, text, ARRAYSIZE(text));
-        return platform::ToUtf8(text);
-    }
     // The first letters of the boxes' captions so far.
     std::string Captions() const {
         std::string letters;
@@ -72,38 +87,23 @@ class PortProtocolTest : public TestMachine {
         return Number("SOFTWARE\\StandIn\\Restarts", Wide(Sample::BusInstanceId())).value_or(0);
     }
     // All characters of PortType's data, a terminator as well; "-" when it is absent.
-    std::string Stored() const;
-
-  private:
-    std::string Buttons(const int (&controls)[3]) {
-        std::string shown;
-        int hidden = 0;
-        for (const int control : controls) {
-            const HWND button = GetDlgItem(Page(), control);
-            shown += IsWindowEnabled(button) ? (IsChecked(control) ? '*' : 'o')
-                                             : (IsChecked(control) ? 'X' : '-');
-            if (!IsWindowVisible(button)) ++hidden;
-        }
-        EXPECT_TRUE(hidden == 0 || hidden == 3);
-        return hidden ? "(" + shown + ")" : shown;
+    std::string Stored() const {
+        const platform::QuietScope quiet;
+        HKEY key = nullptr;
+        if (RegOpenKeyExW(HKEY_LOCAL_MACHINE, Wide(ParametersPath()).c_str(), 0, KEY_READ, &key) !=
+            0)
+            return "no key";
+        WCHAR text[300];
+        DWORD size = sizeof(text);
+        DWORD type = REG_NONE;
+        const LSTATUS status = RegQueryValueExW(key, u"PortType", nullptr, &type,
+                                                reinterpret_cast<BYTE*>(text), &size);
+        RegCloseKey(key);
+        if (status == ERROR_FILE_NOT_FOUND) return "-";
+        EXPECT_EQ(status, ERROR_SUCCESS);
+        EXPECT_EQ(type, DWORD{REG_SZ});
+        return platform::ToUtf8(std::u16string(text, size / sizeof(WCHAR)));
     }
 };
-
-inline std::string PortProtocolTest::Stored() const {
-    const platform::QuietScope quiet;
-    HKEY key = nullptr;
-    if (RegOpenKeyExW(HKEY_LOCAL_MACHINE, Wide(ParametersPath()).c_str(), 0, KEY_READ, &key) != 0)
-        return "no key";
-    WCHAR text[300];
-    DWORD size = sizeof(text);
-    DWORD type = REG_NONE;
-    const LSTATUS status =
-        RegQueryValueExW(key, u"PortType", nullptr, &type, reinterpret_cast<BYTE*>(text), &size);
-    RegCloseKey(key);
-    if (status == ERROR_FILE_NOT_FOUND) return "-";
-    EXPECT_EQ(status, ERROR_SUCCESS);
-    EXPECT_EQ(type, DWORD{REG_SZ});
-    return platform::ToUtf8(std::u16string(text, size / sizeof(WCHAR)));
-}
 
 }  // namespace port_protocol

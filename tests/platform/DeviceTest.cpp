@@ -64,8 +64,6 @@ TEST(DeviceTree, WhereADeviceStands) {
              Device(R"(V\E\5&a&0&2)", "\"Address\"=dword:1\n") + Device(R"(V\A\5&a&0&3)") + bus,
          u"V\\E\\5&a&0&2", R"(PCI\X\3&1: V\E\5&a&0&2 V\E\5&a&0&1 V\A\5&a&0&3)",
          "addresses come first"},
-        {one + bus + Device(R"(PCI\Y\3&2)", "\"ParentIdPrefix\"=\"5&a\"\n"), u"V\\E\\5&a&0&1",
-         R"(PCI\X\3&1: V\E\5&a&0&1)", "of two prefixes the longer counts"},
         {one + Device(R"(V\E\5&a&01&2)") + bus, u"V\\E\\5&a&01&2", R"(HTREE\ROOT\0: V\E\5&a&01&2)",
          "'&' follows the prefix; a device without a parent is the root's only child"},
     };
@@ -74,31 +72,6 @@ TEST(DeviceTree, WhereADeviceStands) {
         FactsMachine facts(row.file);
         EXPECT_EQ(Family(Locate(row.device)), row.family);
     }
-}
-
-TEST(DeviceTree, FollowsTheRegistry) {
-    FactsMachine facts(Device(R"(V\E\5&a&0&1)") +
-                       Device(R"(PCI\X\0)", "\"ParentIdPrefix\"=\"5&a&0\"\n"));
-    const DEVINST port = Locate(u"V\\E\\5&a&0&1");
-    EXPECT_EQ(Family(port), R"(PCI\X\0: V\E\5&a&0&1)");
-    facts.Merge(Device(R"(V\E\5&a&0&2)"));
-    EXPECT_EQ(Family(port), R"(PCI\X\0: V\E\5&a&0&1 V\E\5&a&0&2)");
-    EXPECT_EQ(Locate(u"V\\E\\5&a&0&1"), port);
-}
-
-TEST(DeviceTree, ADriversKeyNeedsRoomForItsTerminator) {
-    FactsMachine facts(Device(R"(A\B\C)", "\"Driver\"=\"{X}\\\\0001\"\n") + Device(R"(A\B\D)"));
-    WCHAR text[9];
-    ULONG size = 0;
-    const auto driver = [&](DEVINST of, ULONG bytes) {
-        size = bytes;
-        return CM_Get_DevNode_Registry_PropertyW(of, CM_DRP_DRIVER, nullptr, text, &size, 0);
-    };
-    EXPECT_EQ(driver(Locate(u"A\\B\\D"), 18), CR_NO_SUCH_VALUE);
-    EXPECT_EQ(driver(Locate(u"A\\B\\C"), 17), CR_BUFFER_SMALL);
-    EXPECT_EQ(size, 18U);
-    EXPECT_EQ(driver(Locate(u"A\\B\\C"), 18), CR_SUCCESS);
-    EXPECT_EQ(std::u16string(text), u"{X}\\0001");
 }
 
 // A list with one device.
@@ -155,17 +128,6 @@ TEST_F(DeviceListTest, ARestartCountsWhenTheDeviceRunsAgain) {
         EXPECT_EQ(Restarts() - before, row.restarts);
         before = Restarts();
     }
-}
-
-TEST_F(DeviceListTest, ADeviceRunsWhenNoScopeDisablesIt) {
-    EXPECT_TRUE(Change(DICS_ENABLE, DICS_FLAG_GLOBAL));
-    EXPECT_EQ(Restarts(), 0U);
-    EXPECT_TRUE(Change(DICS_DISABLE, DICS_FLAG_GLOBAL));
-    EXPECT_TRUE(Change(DICS_DISABLE, DICS_FLAG_CONFIGSPECIFIC));
-    EXPECT_TRUE(Change(DICS_ENABLE, DICS_FLAG_CONFIGSPECIFIC));
-    EXPECT_EQ(Restarts(), 0U);
-    EXPECT_TRUE(Change(DICS_ENABLE, DICS_FLAG_GLOBAL));
-    EXPECT_EQ(Restarts(), 1U);
 }
 
 }  // namespace

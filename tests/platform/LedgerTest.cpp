@@ -1,5 +1,7 @@
 // What is left open is missed; a fault comes before any change.
 
+#include <memory>
+#include <new>
 #include <string>
 #include <vector>
 
@@ -63,6 +65,15 @@ TEST(FaultTest, AFaultComesBeforeAnyChangeAndNeverAtClosing) {
     EXPECT_EQ(RegSetValueExW(key, u"other", 0, REG_BINARY, nullptr, 0), 0);
     EXPECT_EQ(RegCloseKey(key), 0);
     EXPECT_EQ(platform::MachineValues(u"K"), std::vector<std::u16string>{u"other"});
+}
+
+TEST(FaultTest, NewFailsOnlyWhereItReportsByNull) {
+    platform::Machine machine;
+    machine.faults.FailCalls("operator new", u"", ERROR_NOT_ENOUGH_MEMORY);
+    EXPECT_EQ(std::unique_ptr<int>(new (std::nothrow) int), nullptr);
+    EXPECT_NE(std::make_unique<int>(), nullptr);
+    const platform::QuietScope quiet;
+    EXPECT_NE(std::unique_ptr<int>(new (std::nothrow) int), nullptr);
 }
 
 }  // namespace

@@ -1,4 +1,4 @@
-// Threads, the clock and the user's turns.
+// Threads, the clock, the user's turns, and what ends a machine.
 
 #include <functional>
 #include <optional>
@@ -91,6 +91,12 @@ TEST(SchedulerTest, AMachineThatNobodyWouldStopEnds) {
               "the user is done, and it goes on: thread 0 in GetMessageW, thread 1 in Sleep");
 }
 
+TEST(SchedulerTest, ABoxThatNobodyAnswersEndsTheMachine) {
+    Machine machine;
+    EXPECT_EQ(EndOf([] { MessageBoxW(nullptr, TEXT("Text"), nullptr, MB_OK); }).reason,
+              "a message box without a user: Error: Text");
+}
+
 TEST(SchedulerTest, AnExceptionThatLeavesAThreadEndsTheMachine) {
     const struct {
         std::function<void()> work;
@@ -110,6 +116,51 @@ TEST(SchedulerTest, AnExceptionThatLeavesAThreadEndsTheMachine) {
         EXPECT_EQ(end.reason, row.reason);
         EXPECT_EQ(machine.scheduler.Now(), 0U);
     }
+}
+
+// Two threads that take two mutexes, in the same order or not; how it ends.
+std::string EndOfMutexes(std::uint64_t seed, bool sameOrder) {
+    Machine machine(seed);
+    const HANDLE a = CreateMutexW(nullptr, FALSE, nullptr);
+    const HANDLE b = CreateMutexW(nullptr, FALSE, nullptr);
+    const auto take = [](HANDLE first, HANDLE second) {
+        return [=] {
+            WaitForSingleObject(first, INFINITE);
+            WaitForSingleObject(second, INFINITE);
+            ReleaseMutex(second);
+            ReleaseMutex(first);
+        };
+    };
+    MachineEnded end = {};
+    {
+        const Worker one(take(a, b));
+        const Worker two(sameOrder ? take(a, b) : take(b, a));
+        const HANDLE threads[] = {one.Handle(), two.Handle()};
+        end = EndOf([&] { WaitForMultipleObjects(2, threads, TRUE, INFINITE); });
+    }
+    if (machine.Ended()) return end.reason;
+    CloseHandle(a);
+    CloseHandle(b);
+    return "";
+}
+
+TEST(SchedulerTest, SomeSeedsFindADeadlockAndRepeatIt) {
+    const std::vector<std::uint64_t> seeds = Seeds(40);
+    std::size_t found = 0;
+    for (const std::uint64_t seed : seeds) {
+        SCOPED_TRACE(seed);
+        EXPECT_EQ(EndOfMutexes(seed, true), "");
+        const std::string end = EndOfMutexes(seed, false);
+        EXPECT_EQ(EndOfMutexes(seed, false), end);
+        if (end.empty()) continue;
+        ++found;
+        EXPECT_EQ(end,
+                  "deadlock: thread 0 in WaitForMultipleObjects, thread 1 in WaitForSingleObject, "
+                  "thread 2 in WaitForSingleObject");
+    }
+    if (seeds.size() == 1) return;  // replayed
+    EXPECT_GT(found, 0u);
+    EXPECT_LT(found, seeds.size());
 }
 
 }  // namespace

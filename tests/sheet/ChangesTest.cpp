@@ -63,14 +63,7 @@ TEST(Changes, LeadBothWaysAfterEachScenario) {
         std::vector<std::vector<const char*>> sessions;
     } kCases[] = {
         {"two-port-ethernet.reg",
-         {{"1086"},
-          {"1087"},
-          {"1088"},
-          {"1096"},
-          {"1098"},
-          {"1095"},
-          {"1088", "1095"},  // set, then deleted again
-          {"1095", "1098", "1096", "1087"}}},
+         {{"1087"}, {"1098"}, {"1088", "1095"}, {"1095", "1098", "1096", "1087"}}},
         {"two-port-ipoib.reg", {{"1088"}}},
         {"single-port.reg", {{"1086"}, {"1088"}, {"1096"}, {"1098"}, {"1095"}, {"1096", "1095"}}},
         {"plain-export.reg", {{"1087"}}},  // a control set by its number, no StandIn key
@@ -87,18 +80,9 @@ TEST(Changes, LeadBothWaysAfterEachScenario) {
 
 // Whatever stands there, of any type, in any order, under a name in another case.
 TEST(Changes, LeadBothWaysFromAnyRegistry) {
-    static constexpr const char16_t* kNames[] = {u"DefaultRecvRingProcessor",
-                                                 u"txINTERRUPTprocessor",
-                                                 u"TxForwardingProcessor",
-                                                 u"*ReceiveBuffers",
-                                                 u"useRSSforUDP",
-                                                 u"UseSendFwQueue",
-                                                 u"*RssBaseProcNumber",
-                                                 u"*rssMaxPROCnumber",
-                                                 u"RecvCompletionMethod",
-                                                 u"SingleStream",
-                                                 u"x = \"\u00E9\"",
-                                                 u""};
+    static constexpr const char16_t* kNames[] = {
+        u"DefaultRecvRingProcessor", u"txINTERRUPTprocessor", u"*ReceiveBuffers", u"useRSSforUDP",
+        u"*rssMaxPROCnumber",        u"SingleStream",         u"x = \"\u00E9\"",  u""};
     const std::vector<const char*> scenarios = {"1086", "1087", "1088", "1096", "1098", "1095"};
     for (const std::uint64_t seed : Seeds(6)) {
         SCOPED_TRACE("TEST_SEED=" + std::to_string(seed));
@@ -125,14 +109,6 @@ TEST(Changes, NothingButWhatHasChangedSinceTheSessionBegan) {
             "@=\"\"\n[-HKEY_LOCAL_MACHINE\\SOFTWARE\\StandIn\\Interfaces]\n"
             "[HKEY_LOCAL_MACHINE\\SOFTWARE\\StandIn\\Restarts]\n\"x\"=dword:1\n");
     ExpectBothWays(program, program.Machine(), "merge " + edits + "\n", true);
-
-    // A saved machine is where the next session begins.
-    const auto tuned = program.Run("open Performance\npress 1096\npress 1090\n",
-                                   {"--save", program.Path("tuned.reg")});
-    ASSERT_EQ(tuned.code, 0) << tuned.err;
-    const auto next =
-        program.RunWith({program.Path("tuned.reg"), "--script", "-"}, "changes\nchanges undo\n");
-    EXPECT_EQ(next.out, kHeader + kHeader);
 }
 
 }  // namespace

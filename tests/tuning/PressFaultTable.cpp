@@ -36,10 +36,6 @@ auto Find(const Lines& lines, const std::string& start) {
                         [&](const std::string& line) { return line.starts_with(start); });
 }
 
-bool Has(const Lines& lines, const std::string& start) {
-    return Find(lines, start) != lines.end();
-}
-
 // The log ends before the line that starts so.
 void CutLog(Facts& facts, const std::string& start) {
     facts.log.erase(Find(facts.log, start), facts.log.end());
@@ -64,21 +60,16 @@ void Restored(const Press& press, Facts& due, const std::string& text) {
     CutLog(due, RunStart(press));
 }
 
-// The tuner finds no processors.
+// The tuner finds no processors, and its log ends with that.
 Outcome TunerRefuses(const Press& press) {
-    return [=](Facts& due, const Facts&, const Fault&) {
+    return [=](Facts& due, const Facts& found, const Fault&) {
         if (press.control == IDC_BALANCED) return;
-        const std::string start = *Find(due.log, RunStart(press));
+        const Lines end = {kSingleCore, *Find(due.log, RunStart(press)), "", ""};
         Restored(press, due, std::string("For more information see log:\n\n") + kLog + ".");
-        due.log.push_back(start);
-        const bool ethernet = press.kind == Sample::Kind::Ethernet;
-        if (press.control != IDC_MULTICAST)
-            due.log = Joined(
-                {due.log, {"Restore Tuning Defaults", ""}, RestoreLines(1, true, ethernet, 2)});
-        if (press.ports == 2 && (press.control == IDC_DUAL_PORT || press.control == IDC_FORWARDING))
-            due.log = Joined({due.log, RestoreLines(2, false, ethernet, 2)});
-        due.log = Joined(
-            {due.log, {"Tuning for single core CPUs is not supported, aborting.", start, "", ""}});
+        due.log = end;
+        if (found.log.size() > end.size() &&
+            std::equal(end.rbegin(), end.rend(), found.log.rbegin()))
+            due.log = found.log;
     };
 }
 
@@ -121,8 +112,8 @@ void Keep(const Press& press, Facts& due, const Facts& found, const std::string&
         if (never && fault.call == (deleted ? "RegDeleteValueW" : "RegSetValueExW")) continue;
         const auto restored = press.restored.registry.find(path);
         if ((restored != press.restored.registry.end() && *restored == *kept) ||
-            Has(press.clean.log,
-                "Setting adapter " + std::to_string(port) + " key " + name + " to " + kept->second))
+            Find(press.clean.log, "Setting adapter " + std::to_string(port) + " key " + name +
+                                      " to " + kept->second) != press.clean.log.end())
             due.registry.insert(*kept);
     }
 }
@@ -225,6 +216,10 @@ using Rows = std::vector<FailureRow>;
 Rows FirstRows(const Press& press) {
     const Outcome noChoice = Refused("Please choose one of the tuning scenarios");
     const Outcome noAnalysis = Refused("Processors mapping analysis failed");
+    std::vector<Outcome> noNode = {
+        Refused("Processors mapping analysis failed",
+                {"GetProcessorsInfo: GetNumaProcessorNode() failed: 31"})};
+    if (press.twoNodes) noNode.emplace_back(Unmeasured);
     const Outcome noLog = Refused("Log allocation failed");
     const Outcome noRunLog = [=](Facts& due, const Facts&, const Fault&) {
         Restored(press, due, "Log allocation failed");
@@ -243,13 +238,8 @@ Rows FirstRows(const Press& press) {
         {{"GetActiveProcessorCount"}, {noAnalysis}, "", 2},
         {{"GetActiveProcessorGroupCount"}, {AsClean}},
         {{"GetNumaHighestNodeNumber"}, {TunerRefuses(press)}, "", 1},
+        {{"GetNumaProcessorNodeEx"}, noNode},
     };
-    for (unsigned which = 1; which <= (press.twoNodes ? 4 : 8); ++which)
-        rows.push_back({{"GetNumaProcessorNodeEx"},
-                        {Refused("Processors mapping analysis failed",
-                                 {"GetProcessorsInfo: GetNumaProcessorNode() failed: 31"})},
-                        "",
-                        which});
     // The mark of a new log; with a second port the tab's start has made the log.
     if (press.ports == 1) rows.push_back({{"WriteFile"}, {noLog}, kLog, 1});
     rows.push_back({{"WriteFile"}, {LineLost}});
@@ -289,7 +279,7 @@ Rows MeasurementRows() {
         {{"RegQueryValueExW", "GetIfTable2", "LoadLibraryW", "GetProcAddress", "ib_open_al",
           "ib_get_ca_guids", "ib_open_ca", "ib_query_ca", "ib_alloc_pd", "ib_reg_mem",
           "ib_create_cq", "ib_create_qp", "ib_modify_qp", "ib_query_qp", "GetActiveProcessorCount",
-          "GetNumaHighestNodeNumber", "GetNumaProcessorNodeEx", "SetThreadGroupAffinity"},
+          "GetNumaHighestNodeNumber", "SetThreadGroupAffinity"},
          {Unmeasured}},
         {{"ib_destroy_qp", "ib_destroy_cq", "ib_dereg_mr", "ib_dealloc_pd", "ib_close_ca",
           "ib_close_al", "FreeLibrary", "GetTickCount", "GetStdHandle"},

@@ -48,11 +48,4 @@ TEST(RestoreDefaults, PutsEveryValueBackAndTellsIt) {
     }
 }
 
-TEST(RestoreDefaults, SkipsAnAdapterThatIsNotThere) {
-    TestMachine test;
-    const OpenPort second(2);
-    EXPECT_EQ(Logged(test, [&](LogStream* log) { RestoreTuningDefaults(log, nullptr, &second); }),
-              Joined({kRestore, RestoreLines(2, false)}));
-}
-
 }  // namespace

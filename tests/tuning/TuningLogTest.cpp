@@ -26,13 +26,6 @@ TEST(TuningLog, IsUtf16WithAMarkAndCrLf) {
     EXPECT_EQ(test.LogBytes(), bytes);
 }
 
-TEST(TuningLog, CutsLongTexts) {
-    TestMachine test;
-    const std::u16string longText(400, u'x');
-    EXPECT_EQ(Logged(test, [&](LogStream* log) { LogFormatted(log, u"%s\n", longText.c_str()); }),
-              Lines({std::string(259, 'x')}));
-}
-
 TEST(AdapterValues, LevelFollowsTheMinorVersion) {
     const struct {
         const char* version;
@@ -49,7 +42,6 @@ TEST(AdapterValues, AreTextWithTheirTerminator) {
     TestMachine test;
     const OpenPort port(1);
     SetAdapterKey(nullptr, port, value::kTxInterruptProcessor, -1);
-    SetAdapterKey(nullptr, port, value::kTxForwardingProcessor, 128);
     DWORD type = 0;
     DWORD size = 0;
     ASSERT_EQ(
@@ -58,7 +50,6 @@ TEST(AdapterValues, AreTextWithTheirTerminator) {
     EXPECT_EQ(type, static_cast<DWORD>(REG_SZ));
     EXPECT_EQ(size, 6u);
     EXPECT_EQ(test.PortText(1, u"TxInterruptProcessor"), u"-1");
-    EXPECT_EQ(test.PortText(1, u"TxForwardingProcessor"), u"128");
 }
 
 }  // namespace

@@ -43,13 +43,6 @@ struct OpenPort : TuningAdapter {
     void Named(const std::string& name) { Wide(name).copy(connectionName, name.size()); }
 };
 
-inline Lines LogOf(const TestMachine& test) {
-    Lines lines;
-    for (const std::u16string& line : test.LogLines())
-        lines.push_back(platform::ToUtf8(line));
-    return lines;
-}
-
 // Does something with the log open, and gives the lines that it wrote.
 template <class Act>
 Lines Logged(const TestMachine& test, Act act) {
@@ -59,7 +52,7 @@ Lines Logged(const TestMachine& test, Act act) {
     EXPECT_TRUE(static_cast<bool>(log));
     act(&log);
     log.Close();
-    const Lines lines = LogOf(test);
+    const Lines lines = test.LogLines();
     return {lines.begin() + before, lines.end()};
 }
 

@@ -1,5 +1,7 @@
 // A case's surroundings on a Windows: the program itself, and a folder of its own.
 
+#include <filesystem>
+
 #include "../Conformance.h"
 
 namespace {
@@ -7,20 +9,11 @@ namespace {
 struct Program : Surroundings {
     Program() {
         module = GetModuleHandleW(nullptr);
-        WCHAR path[MAX_PATH];
-        folder.assign(path, GetTempPathW(MAX_PATH, path));
-        folder += TEXT("conformance\\");
-        CreateDirectoryW(folder.c_str(), nullptr);
+        folder = std::filesystem::temp_directory_path() /
+                 ("conformance-" + std::to_string(GetCurrentProcessId())) / "";
+        std::filesystem::create_directory(folder);
     }
-    ~Program() override {
-        WIN32_FIND_DATAW found;
-        const HANDLE search = FindFirstFileW((folder + TEXT("*")).c_str(), &found);
-        do
-            DeleteFileW((folder + found.cFileName).c_str());
-        while (FindNextFileW(search, &found));
-        FindClose(search);
-        RemoveDirectoryW(folder.c_str());
-    }
+    ~Program() override { std::filesystem::remove_all(folder); }
 };
 
 }  // namespace

@@ -6,9 +6,19 @@
 
 #include <windows.h>
 
+#include "Rtf.h"
 #include "XmlTree.h"
 
 namespace {
+
+constexpr std::size_t kDepth = 100'000;
+
+std::string Repeated(const std::string& piece) {
+    std::string text;
+    for (std::size_t level = 0; level < kDepth; ++level)
+        text += piece;
+    return text;
+}
 
 bool Reads(const std::string& text) {
     platform::XmlReader reader(false);
@@ -27,12 +37,12 @@ TEST(XmlTree, EntitiesThatExplodeAreRefused) {
 }
 
 TEST(XmlTree, DepthIsNoTrouble) {
-    std::string open, close;
-    for (int level = 0; level < 100'000; ++level) {
-        open += "<d>";
-        close += "</d>";
-    }
-    EXPECT_TRUE(Reads(open + std::string(3'000'000, 'x') + close));
+    EXPECT_TRUE(Reads(Repeated("<d>") + std::string(3'000'000, 'x') + Repeated("</d>")));
+}
+
+TEST(Rtf, DepthIsNoTrouble) {
+    const std::string rtf = "{\\rtf1 a" + Repeated("{") + "b" + Repeated("}") + "c}";
+    EXPECT_EQ(platform::RtfToPlainText(rtf), u"abc");
 }
 
 }  // namespace
