@@ -108,7 +108,7 @@ mkdir -p "$work"
 trap 'rm -rf "$work"/prefix "$work"/*/prefix' EXIT
 new_prefix "$work/prefix" || { echo "no Windows could be made in $work/prefix"; exit 1; }
 for script in "${scripts[@]}"; do
-    while [ "$(jobs -pr | wc -l)" -ge 2 ]; do wait -n; done
+    while [ "$(jobs -pr | wc -l)" -ge 4 ]; do wait -n; done
     compare "$script" &
 done
 wait
