@@ -13,11 +13,15 @@ work=$wine_work/compare
 exceptions=samples/scripts/wine-exceptions
 name=${1-}
 
-# What can't be the same: how Wine spells its own folder, and that the system adds the terminator
-# to a text that is written without one.
+# What can't be the same: how Wine spells its own folder, that the system adds the terminator to a text
+# that is written without one, and that Wine doesn't know in which order values were made.
 normalise() {
-    perl -pe 's/C:(\\+)windows\b/C:$1Windows/g;
-        s/^(".*"=)hex\(1\):((?:[2-7][0-9a-f],00,?)+)$/$1 . "\"" . pack("C*", map { hex } split(",00,?", $2)) . "\""/e'
+    perl -ne '
+        s/C:(\\+)windows\b/C:$1Windows/g;
+        s/^(".*"=)hex\(1\):((?:[2-7][0-9a-f],00,?)+)$/$1 . "\"" . pack("C*", map { hex } split(",00,?", $2)) . "\""/e;
+        if ($goes_on) { $values[-1] .= $_ } elsif (/^(?:"|@=)/) { push @values, $_ } else { print sort @values; @values = (); print }
+        $goes_on = @values && /\\$/;
+        END { print sort @values }'
 }
 
 # text FILE: a text file's contents in UTF-8 with plain line ends.

@@ -4,7 +4,6 @@
 #include <cstdio>
 #include <cstring>
 
-#include "Registry.h"
 #include "Transcript.h"
 
 namespace sheet {
@@ -52,20 +51,6 @@ std::string Hex(const Key::Value& value, const std::string& name) {
     return text + "\n";
 }
 
-std::string Describe(const Key::Value& value) {
-    const std::string name = value.name.empty() ? "@=" : Quoted(value.name) + "=";
-    Text text;
-    if (IsPlainText(value, text)) return name + Quoted(text) + "\n";
-    if (value.type == REG_DWORD && value.data.size() == sizeof(DWORD)) {
-        DWORD number = 0;
-        std::memcpy(&number, value.data.data(), sizeof(number));
-        char digits[20];
-        std::snprintf(digits, sizeof(digits), "dword:%08x\n", static_cast<unsigned>(number));
-        return name + digits;
-    }
-    return Hex(value, name);
-}
-
 TextView BelowRoot(TextView path) {
     for (const TextView root : {TextView(TEXT("HKEY_LOCAL_MACHINE")), TextView(TEXT("HKLM"))}) {
         if (!StartsWithNoCase(path, root)) continue;
@@ -77,6 +62,24 @@ TextView BelowRoot(TextView path) {
 }
 
 }  // namespace
+
+std::string DescribeName(const Key::Value& value) {
+    return value.name.empty() ? "@=" : Quoted(value.name) + "=";
+}
+
+std::string DescribeValue(const Key::Value& value) {
+    const std::string name = DescribeName(value);
+    Text text;
+    if (IsPlainText(value, text)) return name + Quoted(text) + "\n";
+    if (value.type == REG_DWORD && value.data.size() == sizeof(DWORD)) {
+        DWORD number = 0;
+        std::memcpy(&number, value.data.data(), sizeof(number));
+        char digits[20];
+        std::snprintf(digits, sizeof(digits), "dword:%08x\n", static_cast<unsigned>(number));
+        return name + digits;
+    }
+    return Hex(value, name);
+}
 
 std::string DescribeKey(TextView path) {
     Text below(BelowRoot(path));
@@ -97,7 +100,7 @@ std::string DescribeKey(TextView path) {
         return CompareStringOrdinal(a.name.c_str(), -1, b.name.c_str(), -1, TRUE) == CSTR_LESS_THAN;
     });
     for (const Key::Value& value : values)
-        description += Describe(value);
+        description += DescribeValue(value);
     for (const Text& subkey : key.Subkeys())
         description += root + "\\" + ToUtf8(subkey) + "]\n";
     return description;

@@ -10,6 +10,7 @@
 #include "../Transcript.h"
 #include "Imports.h"
 #include "Lending.h"
+#include "RegistrySnapshot.h"
 #include "ScratchFile.h"
 #include "User.h"
 
@@ -51,6 +52,11 @@ bool RunCommand(Text commandLine) {
     GetExitCodeProcess(process.hProcess, &exitCode);
     CloseHandle(process.hProcess);
     return exitCode == 0;
+}
+
+const std::map<Text, KeySnapshot, NameLess>& RegistryBefore() {
+    static const auto before = TakeRegistrySnapshot();
+    return before;
 }
 
 ULONGLONG StartOfSession() {
@@ -96,10 +102,13 @@ void MergeFile(const std::string& path) {
 void RememberRegistry() {
     StartOfSession();
     LibraryStreams();
+    RegistryBefore();
 }
 
-std::string RegistryChanges(Changes) {
-    throw Refusal{"changes are told on a machine file only, not on this computer"};
+std::string RegistryChanges(Changes changes) {
+    const auto now = TakeRegistrySnapshot();
+    return changes == Changes::Made ? FormatChanges(RegistryBefore(), now)
+                                    : FormatChanges(now, RegistryBefore());
 }
 
 std::string LibraryOutput() {
