@@ -4,6 +4,9 @@
 # the library stays plain Windows code.
 set -euo pipefail
 cd "$(dirname "$0")/.."
+# The library's folders, from the one list of them.
+library=$(sed -n 's/^set(LIBRARY_FOLDERS \(.*\))$/\1/p' cmake/LibraryFolders.cmake)
+[ -n "$library" ] || { echo "cmake/LibraryFolders.cmake has no list"; exit 1; }
 sources() { git ls-files --cached --others --exclude-standard -- "$@" | grep -E '\.(cpp|h)$' | while read -r file; do [ ! -e "$file" ] || echo "$file"; done; }
 case $1 in
 format)
@@ -12,7 +15,7 @@ format)
 tidy)
     [ -f build/host-sanitized/compile_commands.json ] || { echo "build the host first"; exit 1; }
     shift
-    [ $# -gt 0 ] || set -- frame tuning pages sheet
+    [ $# -gt 0 ] || set -- $library sheet
     sources "$@" | grep '\.cpp$' | grep -v '^sheet/windows/' |
         xargs -P "$(nproc)" -n 3 clang-tidy --quiet --extra-arg=-Wno-unknown-warning-option -p build/host-sanitized 2>/dev/null
     ;;
@@ -26,7 +29,11 @@ limits)
             echo "$file isn't plain Windows code"
             fail=1
         fi
-    done < <(sources inc frame tuning pages)
+    done < <(sources inc $library)
+    scripts/check-includes.sh || fail=1
+    # shellcheck disable=SC2046
+    same=$(sources . | grep '\.h$' | sed 's|.*/||' | grep -vxF -f <(ls platform/include) | sort -f | uniq -di)
+    [ -z "$same" ] || { echo "headers of the same name: $same"; fail=1; }
     exit $fail
     ;;
 esac

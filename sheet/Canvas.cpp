@@ -2,7 +2,7 @@
 
 #include <algorithm>
 
-#include "Text.h"
+#include "SheetText.h"
 
 namespace sheet {
 

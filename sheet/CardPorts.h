@@ -3,8 +3,8 @@
 
 #include <vector>
 
-#include "Registry.h"
-#include "Text.h"
+#include "RegistryAccess.h"
+#include "SheetText.h"
 
 namespace sheet {
 

@@ -6,7 +6,7 @@
 #include <string>
 #include <vector>
 
-#include "Text.h"
+#include "SheetText.h"
 
 namespace sheet {
 

@@ -4,7 +4,7 @@
 
 #include <algorithm>
 
-#include "Registry.h"
+#include "RegistryAccess.h"
 #include "Seam.h"
 
 namespace sheet {

@@ -10,7 +10,7 @@
 #include <prsht.h>
 #include <setupapi.h>
 
-#include "Text.h"
+#include "SheetText.h"
 
 namespace sheet {
 

@@ -6,7 +6,7 @@
 #include <string_view>
 #include <vector>
 
-#include "Text.h"
+#include "SheetText.h"
 
 namespace sheet {
 

@@ -3,7 +3,7 @@
 
 #include <string>
 
-#include "Text.h"
+#include "SheetText.h"
 
 namespace sheet {
 

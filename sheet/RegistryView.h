@@ -3,7 +3,7 @@
 
 #include <string>
 
-#include "Registry.h"
+#include "RegistryAccess.h"
 
 namespace sheet {
 

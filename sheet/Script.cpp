@@ -1,6 +1,6 @@
 #include "Script.h"
 
-#include "Text.h"
+#include "SheetText.h"
 #include "Transcript.h"
 
 namespace sheet {

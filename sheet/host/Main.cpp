@@ -6,7 +6,7 @@
 #include <fstream>
 #include <iostream>
 
-#include "../Commands.h"
+#include "../CommandTable.h"
 #include "../Transcript.h"
 #include "Arguments.h"
 #include "Call.h"

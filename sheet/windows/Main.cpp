@@ -11,11 +11,11 @@
 #include <fstream>
 #include <iostream>
 
-#include "../Commands.h"
+#include "../CommandTable.h"
 #include "../DeviceManager.h"
 #include "../Transcript.h"
 #include "Lending.h"
-#include "User.h"
+#include "WindowsUser.h"
 
 namespace sheet {
 

@@ -6,7 +6,7 @@
 #include <string>
 #include <vector>
 
-#include "../Registry.h"
+#include "../RegistryAccess.h"
 
 namespace sheet {
 

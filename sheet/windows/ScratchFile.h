@@ -5,7 +5,7 @@
 
 #include <windows.h>
 
-#include "../Text.h"
+#include "../SheetText.h"
 
 namespace sheet {
 

@@ -6,13 +6,13 @@
 
 #include <windows.h>
 
-#include "../Text.h"
+#include "../SheetText.h"
 #include "../Transcript.h"
 #include "Imports.h"
 #include "Lending.h"
 #include "RegistrySnapshot.h"
 #include "ScratchFile.h"
-#include "User.h"
+#include "WindowsUser.h"
 
 namespace sheet {
 

@@ -13,7 +13,7 @@
 #include <windows.h>
 #include <commctrl.h>
 
-#include "Dialogs.h"
+#include "ConformanceDialogs.h"
 
 using Text = std::basic_string<WCHAR>;
 

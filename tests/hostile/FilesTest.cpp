@@ -3,7 +3,7 @@
 #include <fstream>
 #include <sstream>
 
-#include "../frame/TestWindow.h"
+#include "TestWindow.h"
 #include "AllTabs.h"
 #include "Drive.h"
 #include "Hostile.h"

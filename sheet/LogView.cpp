@@ -1,8 +1,8 @@
-#include "TuningLog.h"
+#include "LogView.h"
 
 #include <windows.h>
 
-#include "Text.h"
+#include "SheetText.h"
 #include "Transcript.h"
 
 namespace sheet {

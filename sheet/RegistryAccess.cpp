@@ -1,4 +1,4 @@
-#include "Registry.h"
+#include "RegistryAccess.h"
 
 #include <cstring>
 

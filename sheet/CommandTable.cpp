@@ -1,4 +1,4 @@
-#include "Commands.h"
+#include "CommandTable.h"
 
 #include <algorithm>
 #include <cstdio>
@@ -9,7 +9,7 @@
 #include "RegistryView.h"
 #include "Seam.h"
 #include "Transcript.h"
-#include "TuningLog.h"
+#include "LogView.h"
 
 namespace sheet {
 

@@ -1,4 +1,4 @@
-#include "Text.h"
+#include "SheetText.h"
 
 namespace sheet {
 

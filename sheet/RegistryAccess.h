@@ -4,7 +4,7 @@
 #include <optional>
 #include <vector>
 
-#include "Text.h"
+#include "SheetText.h"
 
 namespace sheet {
 

@@ -1,4 +1,4 @@
-#include "User.h"
+#include "WindowsUser.h"
 
 #include <algorithm>
 
