@@ -2,19 +2,15 @@
 #include <new>
 
 #include "LibraryState.h"
-#include "RegistryServices.h"
+#include "RegistryKey.h"
+#include "RegistryPaths.h"
 #include "WindowsVersion.h"
 
 namespace {
 
-// The record lies here, so that making it can't fail.
-alignas(LibraryState) BYTE storage[sizeof(LibraryState)];
-LibraryState* state = nullptr;
-
 bool VendorKeyOpens() {
-    ScopedRegKey key;
-    return RegOpenKeyExW(HKEY_LOCAL_MACHINE, kVendorKey, 0, KEY_QUERY_VALUE, key.Receive()) ==
-           ERROR_SUCCESS;
+    RegistryKey key;
+    return key.Open(kVendorKey, KEY_QUERY_VALUE) == ERROR_SUCCESS;
 }
 
 void Attach(LibraryState& library) {
@@ -33,19 +29,21 @@ void Detach(LibraryState& library) {
 
 }  // namespace
 
-LibraryState& Library() {
-    return *state;
-}
-
-extern "C" BOOL WINAPI DllMain(HINSTANCE module, DWORD reason, LPVOID) {
-    if (reason == DLL_PROCESS_ATTACH) state = new (storage) LibraryState;
-    if (!state) return TRUE;
-    state->moduleHandle = module;
-    if (reason == DLL_PROCESS_ATTACH) Attach(*state);
-    if (reason == DLL_PROCESS_DETACH) {
-        Detach(*state);
-        state->~LibraryState();
-        state = nullptr;
+extern "C" BOOL WINAPI DllMain(HINSTANCE module, DWORD reason, LPVOID reserved) {
+    switch (reason) {
+        case DLL_PROCESS_ATTACH:
+            MakeLibraryState(module);
+            Attach(Library());
+            break;
+        case DLL_PROCESS_DETACH:
+            // When the process ends, its threads are gone, wherever they were, and other libraries
+            // may be too: then everything is left to the system.
+            if (reserved) break;
+            Detach(Library());
+            DropLibraryState();
+            break;
+        default:
+            break;
     }
     return TRUE;
 }

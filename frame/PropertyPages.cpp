@@ -4,28 +4,26 @@
 
 #include "../resources/resource.h"
 #include "InformationPage.h"
-#include "LibraryState.h"
 #include "Messages.h"
 #include "PerformancePage.h"
 #include "TabRules.h"
 
-ScopedPropertyPage MakePage(const PageForm& form, void* object) {
+namespace {
+
+// Makes a page that owns `object`. Null when that fails: the object stays with the caller.
+ScopedPropertyPage MakePage(const PageForm& form, SheetPage* object) {
     PROPSHEETPAGEW page = {};
     page.dwSize = sizeof(page);
     page.dwFlags = form.flags;
     page.hInstance = Library().moduleHandle;
     page.pszTemplate = MAKEINTRESOURCEW(form.dialog);
-    page.pfnDlgProc = form.dialogProc;
+    page.pfnDlgProc = form.procedures.dialog;
     page.lParam = reinterpret_cast<LPARAM>(object);
-    page.pfnCallback = form.callback;
+    page.pfnCallback = form.procedures.release;
     return ScopedPropertyPage(CreatePropertySheetPageW(&page));
 }
 
-bool OfferPage(const PageSink& sink, ScopedPropertyPage page) {
-    if (!sink.addPage(page.Get(), sink.parameter)) return false;
-    (void)page.Release();
-    return true;
-}
+}  // namespace
 
 bool AddSheetPage(const PageSink& sink, const PageForm& form, std::unique_ptr<SheetPage> object) {
     if (!object) {
@@ -35,25 +33,21 @@ bool AddSheetPage(const PageSink& sink, const PageForm& form, std::unique_ptr<Sh
     ScopedPropertyPage page = MakePage(form, object.get());
     if (!page) return false;
     (void)object.release();
-    return OfferPage(sink, std::move(page));
+    if (!sink.addPage(page.Get(), sink.parameter)) return false;
+    (void)page.Release();
+    return true;
 }
 
 bool AddInformationPage(AdapterTabs& tabs) {
-    if (!InformationTabApplies(*tabs.flags)) return true;
-    const PageForm form = {IDD_INFORMATION, PSP_USECALLBACK | PSP_USEICONID, InformationDialogProc,
-                           InformationPageCallback};
-    return AddSheetPage(tabs.sink, form, NewInformationPage(tabs.context->classKeyPath));
+    if (!InformationTabApplies(tabs.flags)) return true;
+    return AddSheetPage(
+        tabs.sink, {IDD_INFORMATION, PSP_USECALLBACK | PSP_USEICONID, kInformationProcedures},
+        NewInformationPage(tabs.identity.classKeyPath));
 }
 
 bool AddPerformancePage(AdapterTabs& tabs) {
-    if (!PerformanceTabApplies(*tabs.flags)) return true;
-    tabs.context->noRegistryChange = 1;
-    tabs.context->interfaceDetail = std::move(tabs.interfaceDetail);
-    const PageForm form = {
-        static_cast<WORD>(tabs.flags->isIpoib ? IDD_PERFORMANCE_IPOIB : IDD_PERFORMANCE_ETH),
-        PSP_USECALLBACK, PerformanceDialogProc, PerformancePageCallback};
-    ScopedPropertyPage page = MakePage(form, tabs.context.get());
-    if (!page) return false;
-    (void)tabs.context.release();
-    return OfferPage(tabs.sink, std::move(page));
+    if (!PerformanceTabApplies(tabs.flags)) return true;
+    const WORD dialog = tabs.flags.isIpoib ? IDD_PERFORMANCE_IPOIB : IDD_PERFORMANCE_ETH;
+    return AddSheetPage(tabs.sink, {dialog, PSP_USECALLBACK, kPerformanceProcedures},
+                        NewPerformancePage(tabs.identity, std::move(tabs.interfaceDetail)));
 }

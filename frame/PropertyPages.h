@@ -4,9 +4,10 @@
 
 #include <windows.h>
 #include <prsht.h>
+#include <setupapi.h>
 #include <memory>
 
-#include "AdapterContext.h"
+#include "AdapterIdentity.h"
 #include "SheetPage.h"
 
 struct PropertyPageTraits {
@@ -29,24 +30,20 @@ struct PageSink {
 struct PageForm {
     WORD dialog;  // id of its template
     DWORD flags;  // PSP_...
-    DLGPROC dialogProc;
-    LPFNPSPCALLBACKW callback;
+    PageProcedures procedures;
 };
 
-// Makes a page that owns `object`. Null when that fails: the object stays with the caller.
-ScopedPropertyPage MakePage(const PageForm& form, void* object);
-// Hands the page over. False when the sheet refuses it: the page is gone then, and its object.
-bool OfferPage(const PageSink& sink, ScopedPropertyPage page);
 // Makes a page of the object and hands it over. A null object is one that couldn't be allocated,
-// which the user is told. False when a step fails: the object is gone then.
+// which the user is told. False when a step fails, or when the sheet refuses the page: the object is
+// gone then.
 bool AddSheetPage(const PageSink& sink, const PageForm& form, std::unique_ptr<SheetPage> object);
 
 // The adapter of one provider call, which the adders of its tabs share.
 struct AdapterTabs {
     PageSink sink;
-    std::unique_ptr<AdapterContext> context;  // null once the Performance page has it
-    std::unique_ptr<AdapterFlags> flags;
-    ScopedLocal<SP_DEVICE_INTERFACE_DETAIL_DATA_W> interfaceDetail;
+    AdapterIdentity identity;
+    AdapterFlags flags;
+    ScopedLocal<SP_DEVICE_INTERFACE_DETAIL_DATA_W> interfaceDetail;  // for the Performance tab
 };
 
 // Each adder: true when its tab was handed over or doesn't apply to the adapter.

@@ -1,9 +1,7 @@
 #include "Providers.h"
 
-#include <new>
-
 #include "../resources/resource.h"
-#include "AdapterIdentity.h"
+#include "DeviceIdentity.h"
 #include "PortProtocolPage.h"
 #include "PropertyPages.h"
 
@@ -25,11 +23,7 @@ extern "C" BOOL WINAPI WinTsrTunePropPageProvider(SP_PROPSHEETPAGE_REQUEST* requ
         return FALSE;
 
     AdapterTabs tabs = {{addPage, addPageParameter}, {}, {}, {}};
-    tabs.context.reset(new (std::nothrow) AdapterContext);
-    if (!tabs.context) return FALSE;
-    tabs.flags.reset(new (std::nothrow) AdapterFlags);
-    if (!tabs.flags) return FALSE;
-    if (!GetDeviceInterfaceDetail(*request, tabs.interfaceDetail, *tabs.context, *tabs.flags))
+    if (!GetDeviceInterfaceDetail(*request, tabs.interfaceDetail, tabs.identity, tabs.flags))
         return FALSE;
     for (const auto add : kAdders)
         add(tabs);
@@ -40,9 +34,8 @@ extern "C" BOOL WINAPI CvtPropPageProvider(SP_PROPSHEETPAGE_REQUEST* request,
                                            LPFNADDPROPSHEETPAGE addPage, LPARAM addPageParameter) {
     BusDevice bus;
     if (!request || !IdentifyBusDevice(*request, bus)) return FALSE;
-    const PageForm form = {IDD_PORT_PROTOCOL, PSP_USECALLBACK | PSP_USEICONID,
-                           PortProtocolDialogProc, PortProtocolPageCallback};
     return AddSheetPage(
-        {addPage, addPageParameter}, form,
+        {addPage, addPageParameter},
+        {IDD_PORT_PROTOCOL, PSP_USECALLBACK | PSP_USEICONID, kPortProtocolProcedures},
         NewPortProtocolPage(bus.classKeyPath, bus.instanceId, *request->DeviceInfoData));
 }

@@ -1,7 +1,7 @@
 #pragma once
 // Which tabs an adapter gets. Pure conditions over the adapter's classification and the machine.
 
-#include "AdapterContext.h"
+#include "AdapterIdentity.h"
 
 // What the VLAN and Teaming tabs ask of the machine.
 struct MachineFacts {

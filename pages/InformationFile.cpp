@@ -36,13 +36,10 @@ DWORD WriteText(HANDLE file, LPCWSTR text) {
 
 }  // namespace
 
-UINT SaveRows(LPCWSTR path, const InformationRows& rows, DWORD* error) {
+UserFailure SaveRows(LPCWSTR path, const InformationRows& rows) {
     const ScopedFile file(CreateFileW(path, GENERIC_WRITE, 0, nullptr, CREATE_ALWAYS,
                                       FILE_ATTRIBUTE_NORMAL, nullptr));
-    if (!file) {
-        *error = GetLastError();
-        return IDS_FILE_OPEN_FAILED;
-    }
+    if (!file) return {IDS_FILE_OPEN_FAILED, GetLastError()};
     LPCWSTR before = kByteOrderMark;
     for (const InformationRow& row : rows) {
         WCHAR line[kLineCapacity];
@@ -50,9 +47,9 @@ UINT SaveRows(LPCWSTR path, const InformationRows& rows, DWORD* error) {
                                row.value);
         JoinLines(line);
         (void)StringCchCatW(line, ARRAYSIZE(line), TEXT("\r\n"));
-        *error = WriteText(file.Get(), line);
-        if (*error != ERROR_SUCCESS) return IDS_FILE_WRITE_FAILED;
+        const DWORD error = WriteText(file.Get(), line);
+        if (error != ERROR_SUCCESS) return {IDS_FILE_WRITE_FAILED, error};
         before = TEXT("");
     }
-    return 0;
+    return {};
 }

@@ -4,6 +4,5 @@
 #include "InformationRows.h"
 
 // Writes a line "label : value" for each row, in UTF-8 with byte-order mark, each ended by CR LF.
-// An existing file is replaced. Gives 0, or the message that tells the user what failed, with
-// `*error` the system's error. A file that fails in the middle keeps the lines written so far.
-UINT SaveRows(LPCWSTR path, const InformationRows& rows, DWORD* error);
+// An existing file is replaced. A file that fails in the middle keeps the lines written so far.
+UserFailure SaveRows(LPCWSTR path, const InformationRows& rows);

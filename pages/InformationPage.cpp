@@ -1,17 +1,16 @@
 #include "InformationPage.h"
 
-#include <commctrl.h>
 #include <commdlg.h>
 #include <new>
 
 #include "../resources/resource.h"
-#include "AdapterContext.h"
-#include "AutoClasses.h"
+#include "Controls.h"
 #include "InformationFile.h"
 #include "InformationPoll.h"
 #include "LibraryState.h"
 #include "Messages.h"
-#include "RegistryServices.h"
+#include "RegistryKey.h"
+#include "RegistryPaths.h"
 
 #include <strsafe.h>
 
@@ -19,51 +18,23 @@ namespace {
 
 constexpr struct {
     LPCWSTR title;
-    int width;  // pixels of a screen with kUsualDots
+    int width;  // pixels of a screen with 96 dots an inch
 } kColumns[] = {{TEXT("Information"), 200}, {TEXT("Value"), 130}};
 
-constexpr int kUsualDots = 96;  // an inch
-
-// The screen's, an inch; the usual ones when it doesn't tell.
-int ScreenDots() {
-    const ScopedScreen screen(GetDC(nullptr));
-    const int dots = screen ? GetDeviceCaps(screen.Get(), LOGPIXELSX) : 0;
-    return dots > 0 ? dots : kUsualDots;
-}
-
 bool InsertColumns(HWND list) {
-    const int dots = ScreenDots();
-    for (size_t i = 0; i < ARRAYSIZE(kColumns); ++i) {
-        LVCOLUMNW column = {};
-        column.mask = LVCF_FMT | LVCF_WIDTH | LVCF_TEXT | LVCF_SUBITEM;
-        column.fmt = LVCFMT_LEFT;
-        column.cx = kColumns[i].width * dots / kUsualDots;
-        column.pszText = const_cast<LPWSTR>(kColumns[i].title);
-        column.iSubItem = static_cast<int>(i);
-        if (SendMessageW(list, LVM_INSERTCOLUMNW, i, reinterpret_cast<LPARAM>(&column)) == -1)
-            return false;
-    }
+    int index = 0;
+    for (const auto& column : kColumns)
+        if (!InsertColumn(list, index++, column.title, ScaleToScreen(column.width))) return false;
     return true;
 }
 
 // False when the list couldn't take all of it.
-bool FillList(HWND list, InformationRows& rows) {
-    bool filled = SendMessageW(list, LVM_DELETEALLITEMS, 0, 0) != FALSE;
+bool FillList(HWND list, const InformationRows& rows) {
+    bool filled = ClearRows(list);
     int place = 0;
-    for (InformationRow& row : rows) {
-        LVITEMW item = {};
-        item.mask = LVIF_TEXT | LVIF_STATE;
-        item.iItem = place++;
-        item.pszText = row.label;
-        const LRESULT index =
-            SendMessageW(list, LVM_INSERTITEMW, 0, reinterpret_cast<LPARAM>(&item));
-        LVITEMW value = {};
-        value.iSubItem = 1;
-        value.pszText = row.value;
-        filled = index >= 0 &&
-                 SendMessageW(list, LVM_SETITEMTEXTW, static_cast<WPARAM>(index),
-                              reinterpret_cast<LPARAM>(&value)) &&
-                 filled;
+    for (const InformationRow& row : rows) {
+        const int index = InsertRow(list, place++, row.label);
+        filled = index >= 0 && SetCell(list, index, 1, row.value) && filled;
     }
     return filled;
 }
@@ -92,38 +63,34 @@ class InformationPage final : public SheetPage, private RefreshObserver {
         (void)StringCchCopyW(classKeyPath, ARRAYSIZE(classKeyPath), path);
     }
 
-    void OnStart() override;
+  private:
+    bool OnStart() override;
     INT_PTR OnNotify(const NMHDR& header) override;
     void OnCommand(WORD control, WORD notification) override;
     void OnPosted(UINT message, WPARAM wParam, LPARAM lParam) override;
 
-  private:
     bool StopRequested() override { return false; }
-    void Report(UINT message, DWORD error) override { ShowFailure(message, error); }
+    void Report(const UserFailure& failure) override { ShowFailure(failure); }
 
     void ShowRows();
-    void ShowFailure(UINT message, DWORD error);
+    void ShowFailure(const UserFailure& failure);
     void SaveRowsToFile();
 
-    WCHAR classKeyPath[kPathCapacity] = {};
+    RegistryPath classKeyPath = {};
     WCHAR deviceName[40] = {};  // the adapter's NetCfgInstanceId
-    HWND m_list = nullptr;      // null when it couldn't be set up: then it stays empty
     bool m_isShown = false;     // the list shows the rows, as far as they have been told of
     bool m_boxIsUp = false;
     InformationPoll m_poll{InformationSource{classKeyPath, deviceName}};
 };
 
-void InformationPage::OnStart() {
-    ScopedRegKey key;
-    if (RegOpenKeyExW(HKEY_LOCAL_MACHINE, classKeyPath, 0, KEY_QUERY_VALUE, key.Receive()) ==
-        ERROR_SUCCESS)
-        ReadRegistryText(key.Get(), TEXT("NetCfgInstanceId"), deviceName, ARRAYSIZE(deviceName),
-                         sizeof(deviceName));
-    const HWND list = GetDlgItem(Window(), IDC_INFORMATION_LIST);
-    if (!list || !InsertColumns(list)) return;
-    m_list = list;
+bool InformationPage::OnStart() {
+    RegistryKey key;
+    if (key.Open(classKeyPath, KEY_QUERY_VALUE) == ERROR_SUCCESS)
+        key.ReadText(kNetCfgInstanceId, deviceName);
+    if (!InsertColumns(Control(IDC_INFORMATION_LIST))) return false;
     m_poll.Fill(*this);
     ShowRows();
+    return true;
 }
 
 INT_PTR InformationPage::OnNotify(const NMHDR& header) {
@@ -151,49 +118,36 @@ void InformationPage::OnPosted(UINT message, WPARAM wParam, LPARAM lParam) {
     if (message == kRowsChanged) ShowRows();
     // What comes too late would be about a tab that the user has left.
     if (message == kRefreshFailed && m_poll.Runs())
-        ShowFailure(static_cast<UINT>(wParam), static_cast<DWORD>(lParam));
+        ShowFailure({static_cast<UINT>(wParam), static_cast<DWORD>(lParam)});
 }
 
 void InformationPage::ShowRows() {
     InformationRows rows;
-    m_isShown = m_list && m_poll.Copy(rows) && FillList(m_list, rows);
+    m_isShown = m_poll.Copy(rows) && FillList(Control(IDC_INFORMATION_LIST), rows);
 }
 
 // One box at a time. A refresh that fails again while it is up has nothing new to say.
-void InformationPage::ShowFailure(UINT message, DWORD error) {
+void InformationPage::ShowFailure(const UserFailure& failure) {
     if (m_boxIsUp) return;
     m_boxIsUp = true;
-    const HWND window = Window();
-    ShowSystemErrorMessage(message, error);
-    // The sheet, and this page with it, may have gone in the meantime.
-    if (IsWindow(window)) m_boxIsUp = false;
+    ShowSystemErrorMessage(failure.message, failure.error);
+    m_boxIsUp = false;
 }
 
 void InformationPage::SaveRowsToFile() {
     WCHAR path[MAX_PATH];
     if (!AskForFile(Window(), path)) return;
     InformationRows rows;
-    DWORD error = ERROR_SUCCESS;
-    UINT failure = 0;
-    if (m_poll.Copy(rows)) {
-        failure = SaveRows(path, rows, &error);
-    } else {
-        error = GetLastError();
-        failure = IDS_FILE_WRITE_FAILED;
-    }
-    if (failure != 0) ShowFailure(failure, error);
+    UserFailure failure;
+    if (m_poll.Copy(rows))
+        failure = SaveRows(path, rows);
+    else
+        failure = {IDS_FILE_WRITE_FAILED, GetLastError()};
+    if (failure) ShowFailure(failure);
 }
 
 }  // namespace
 
 std::unique_ptr<SheetPage> NewInformationPage(LPCWSTR classKeyPath) {
     return std::unique_ptr<SheetPage>(new (std::nothrow) InformationPage(classKeyPath));
-}
-
-INT_PTR CALLBACK InformationDialogProc(HWND page, UINT message, WPARAM wParam, LPARAM lParam) {
-    return HandlePageMessage(Library().informationPages, page, message, wParam, lParam);
-}
-
-UINT CALLBACK InformationPageCallback(HWND, UINT message, PROPSHEETPAGEW* sheetPage) {
-    return ReleaseSheetPage(Library().informationPages, message, sheetPage);
 }

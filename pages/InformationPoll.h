@@ -5,6 +5,7 @@
 
 #include "AutoClasses.h"
 #include "InformationRows.h"
+#include "StoppableWorker.h"
 
 // What the thread posts to the tab's window. New rows are there to be copied:
 inline constexpr UINT kRowsChanged = WM_APP + 1;
@@ -15,7 +16,6 @@ class InformationPoll final : private RefreshObserver {
   public:
     // The source's texts outlive this object and don't change while the thread runs.
     explicit InformationPoll(const InformationSource& source) : m_source(source) {}
-    ~InformationPoll() { Stop(); }
     InformationPoll(const InformationPoll&) = delete;
     InformationPoll& operator=(const InformationPoll&) = delete;
 
@@ -24,25 +24,22 @@ class InformationPoll final : private RefreshObserver {
     // Starts the thread unless it runs. Its first pass comes at once. False when the system can't
     // give what it takes.
     bool Start(HWND window);
-    // Ends the thread, which may still finish the row at which it is. Meanwhile the calling thread
-    // answers messages that other threads send to its windows.
-    void Stop();
-    bool Runs() const { return static_cast<bool>(m_thread); }
+    // Ends the thread, which may still finish the row at which it is.
+    void Stop() { m_worker.Stop(); }
+    bool Runs() const { return m_worker.Runs(); }
     // Copies the rows, all of one pass. False, with the last error set, when that can't be had.
     bool Copy(InformationRows& rows) const;
 
   private:
-    static DWORD WINAPI Run(LPVOID poll);
     void Poll();
     bool Publish(const InformationRows& rows);
     bool StopRequested() override;
-    void Report(UINT message, DWORD error) override;
+    void Report(const UserFailure& failure) override;
 
     const InformationSource m_source;
     HWND m_window = nullptr;
     InformationRows m_rows = {};  // of the last whole pass; under the mutex once the thread runs
     bool m_isTold = true;         // of the rows; the thread's alone
     ScopedHandle m_rowsMutex;
-    ScopedHandle m_stopEvent;
-    ScopedHandle m_thread;
+    StoppableWorker m_worker;  // the last member, since the thread uses the others
 };

@@ -6,10 +6,9 @@
 
 #include "../resources/resource.h"
 #include "AdapterOid.h"
-#include "AutoClasses.h"
+#include "InterfaceTable.h"
 #include "LibraryState.h"
-#include "NetworkRows.h"
-#include "RegistryServices.h"
+#include "RegistryKey.h"
 
 #include <strsafe.h>
 
@@ -35,6 +34,14 @@ constexpr DWORD kPartNumberLimit = 250;
 constexpr DWORD kNameLimit = 24;
 constexpr double kBitsPerGigabit = 1000000000;
 
+constexpr WCHAR kDisconnected[] = TEXT("Disconnected");
+
+// Sets a text, cut to what fits.
+void SetText(InformationText& field, LPCWSTR text) {
+    std::fill(std::begin(field), std::end(field), WCHAR{0});
+    (void)StringCchCopyW(field, ARRAYSIZE(field), text);
+}
+
 // A number that takes the whole answer; a shorter answer is none.
 template <class T>
 bool QueryNumber(const InformationSource& source, DWORD oid, T& number) {
@@ -52,11 +59,9 @@ struct RowRequest {
 };
 
 bool ReadDriverVersion(const RowRequest& request, InformationText& value) {
-    ScopedRegKey key;
-    return RegOpenKeyExW(HKEY_LOCAL_MACHINE, request.source.classKeyPath, 0, KEY_QUERY_VALUE,
-                         key.Receive()) == ERROR_SUCCESS &&
-           ReadRegistryText(key.Get(), TEXT("DriverVersion"), value, ARRAYSIZE(value),
-                            kDriverVersionLimit) == ERROR_SUCCESS;
+    RegistryKey key;
+    return key.Open(request.source.classKeyPath, KEY_QUERY_VALUE) == ERROR_SUCCESS &&
+           key.ReadText(TEXT("DriverVersion"), value, kDriverVersionLimit) == ERROR_SUCCESS;
 }
 
 bool ReadFirmwareVersion(const RowRequest& request, InformationText& value) {
@@ -188,35 +193,51 @@ const struct {
     {ROW_PERMANENT_MAC_ADDRESS, ReadMacAddress, OID_802_3_PERMANENT_ADDRESS, OnFailure::KeepLast},
 };
 
+// An adapter that the table doesn't list is disabled.
+void ReadNetworkRows(const InformationSource& source, RefreshObserver& observer,
+                     InformationRows& rows) {
+    SetText(rows[ROW_NETWORK_STATUS].value, TEXT("Disabled"));
+    SetText(rows[ROW_FRIENDLY_NAME].value, kNotAvailable);
+    SetText(rows[ROW_IPV4_ADDRESS].value, kNotAvailable);
+    InterfaceTable table;
+    if (const UserFailure failure = table.Read(AddressFamily::Ipv4)) observer.Report(failure);
+    InterfaceFacts facts;
+    if (!table.Find(source.deviceName, facts)) return;
+    SetText(rows[ROW_NETWORK_STATUS].value, facts.isUp ? TEXT("Connected") : kDisconnected);
+    if (facts.friendlyName && *facts.friendlyName != 0)
+        SetText(rows[ROW_FRIENDLY_NAME].value, facts.friendlyName);
+    if (!facts.hasIpv4Address) return;
+    const BYTE(&address)[4] = facts.ipv4Address;
+    InformationText text;
+    if (SUCCEEDED(StringCchPrintfW(text, ARRAYSIZE(text), TEXT("%d.%d.%d.%d"), address[0],
+                                   address[1], address[2], address[3])))
+        SetText(rows[ROW_IPV4_ADDRESS].value, text);
+}
+
 void LoadLabels(InformationRows& rows) {
     UINT id = IDS_INFO_DRIVER_VERSION;
     for (InformationRow& row : rows) {
         InformationText label;
         if (LoadStringW(Library().moduleHandle, id++, label, ARRAYSIZE(label)) > 0)
-            SetInformationText(row.label, label);
+            SetText(row.label, label);
     }
 }
 
 }  // namespace
 
-void SetInformationText(InformationText& field, LPCWSTR text) {
-    std::fill(std::begin(field), std::end(field), WCHAR{0});
-    (void)StringCchCopyW(field, ARRAYSIZE(field), text);
-}
-
 bool RefreshRows(const InformationSource& source, RefreshObserver& observer,
                  InformationRows& rows) {
     LoadLabels(rows);
     if (observer.StopRequested()) return false;
-    ReadNetworkRows(source.deviceName, observer, rows);
+    ReadNetworkRows(source, observer, rows);
     for (const auto& rowSource : kRowSources) {
         if (observer.StopRequested()) return false;
         InformationText value = {};
         InformationText& shown = rows[rowSource.row].value;
         if (rowSource.read({source, rows, rowSource.oid}, value))
-            SetInformationText(shown, value);
+            SetText(shown, value);
         else if (rowSource.onFailure == OnFailure::ShowNone || shown[0] == 0)
-            SetInformationText(shown, kNotAvailable);
+            SetText(shown, kNotAvailable);
     }
     return true;
 }

@@ -5,6 +5,8 @@
 #include <windows.h>
 #include <array>
 
+#include "UserFailure.h"
+
 enum InformationRowIndex {
     ROW_DRIVER_VERSION,
     ROW_FIRMWARE_VERSION,
@@ -35,10 +37,6 @@ using InformationRows = std::array<InformationRow, INFORMATION_ROW_COUNT>;
 
 // Shown for what isn't available.
 inline constexpr WCHAR kNotAvailable[] = TEXT("     -     ");
-inline constexpr WCHAR kDisconnected[] = TEXT("Disconnected");
-
-// Sets a text, cut to what fits.
-void SetInformationText(InformationText& field, LPCWSTR text);
 
 // The adapter that the rows are about. Borrowed texts.
 struct InformationSource {
@@ -51,8 +49,8 @@ class RefreshObserver {
   public:
     // Asked between two rows: true ends the refresh there.
     virtual bool StopRequested() = 0;
-    // A failure that the user is due: an id of the message table and the system's error for its %1.
-    virtual void Report(UINT message, DWORD error) = 0;
+    // A failure that the user is due.
+    virtual void Report(const UserFailure& failure) = 0;
 
   protected:
     ~RefreshObserver() = default;

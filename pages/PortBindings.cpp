@@ -1,9 +1,8 @@
 #include "PortBindings.h"
 
 #include "../resources/resource.h"
+#include "RegistryPaths.h"
 #include "RegistryServices.h"
-
-#include <strsafe.h>
 
 namespace {
 
@@ -20,10 +19,9 @@ constexpr struct {
 
 // The GUID text of the network adapter whose class key the driver text names.
 bool ReadAdapterGuid(LPCWSTR driver, LPWSTR guid) {
-    WCHAR path[MAX_PATH];
+    RegistryPath path;
     DWORD size = kGuidLimit;
-    return SUCCEEDED(StringCchPrintfW(path, ARRAYSIZE(path), TEXT("%s\\%s"), kClassRoot, driver)) &&
-           ReadHklmValue(path, TEXT("NetCfgInstanceId"), guid, &size);
+    return MakeClassKeyPath(path, driver) && ReadHklmValue(path, kNetCfgInstanceId, guid, &size);
 }
 
 }  // namespace

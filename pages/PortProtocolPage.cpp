@@ -3,12 +3,15 @@
 #include <new>
 
 #include "../resources/resource.h"
-#include "AdapterContext.h"
+#include "Controls.h"
 #include "Devices.h"
+#include "HelpDocument.h"
 #include "LibraryState.h"
 #include "Messages.h"
 #include "PortBindings.h"
 #include "PortTypes.h"
+#include "RegistryKey.h"
+#include "RegistryPaths.h"
 #include "RegistryServices.h"
 
 #include <strsafe.h>
@@ -41,26 +44,13 @@ const TypeButton* FindTypeButton(int control) {
     return nullptr;
 }
 
-// At most four bytes of whatever type; 0 for an absent or a longer value.
-DWORD ReadBits(HKEY key, LPCWSTR name) {
-    DWORD bits = 0;
-    DWORD size = sizeof(bits);
-    const LONG error =
-        RegQueryValueExW(key, name, nullptr, nullptr, reinterpret_cast<BYTE*>(&bits), &size);
-    return error == ERROR_SUCCESS ? bits : 0;
-}
-
 LPCWSTR ProtocolName(WORD setting) {
     return setting == kRunsInfiniBand ? TEXT("IB") : TEXT("Eth");
 }
 
-void SetCheck(HWND button, bool checked) {
-    SendMessageW(button, BM_SETCHECK, checked ? BST_CHECKED : BST_UNCHECKED, 0);
-}
-
 // Chooses the protocol of each port of a card, or leaves it to the hardware. The choice is the
 // registry's PortType, which the bus driver reads when the device restarts.
-class PortProtocolPage : public SheetPage {
+class PortProtocolPage final : public SheetPage {
   public:
     PortProtocolPage(LPCWSTR classKeyPath, LPCWSTR deviceInstanceId,
                      const SP_DEVINFO_DATA& deviceInfo)
@@ -70,16 +60,16 @@ class PortProtocolPage : public SheetPage {
                                TEXT("%s\\Parameters"), classKeyPath);
     }
 
-    void OnStart() override;
+  private:
+    bool OnStart() override;
     INT_PTR OnNotify(const NMHDR& header) override;
     void OnCommand(WORD control, WORD notification) override;
 
-  private:
     void ReadPortCapabilities();
     void LoadPortTypes();
     PortType ParsePortType(TextView token) const;
     void ShowCurrentSetting() const;
-    void ShowHelp() const;
+    void ShowPageHelp() const;
     void RenderPortControls() const;
     void OnHardwareDefaults();
     void TellSheet() const;
@@ -87,8 +77,9 @@ class PortProtocolPage : public SheetPage {
     void ApplyPortTypes();
 
     bool HasChanged() const { return !EqualTypes(m_saved, m_chosen, m_capabilities.isSinglePort); }
-    HWND Control(int control) const { return GetDlgItem(Window(), control); }
-    void ShowMessage(UINT id, LPCWSTR caption) const;
+    void ShowPageMessage(UINT id, LPCWSTR caption) const {
+        ShowMessage(Window(), id, caption, MB_ICONHAND);
+    }
 
     SP_DEVINFO_DATA m_deviceInfo;
     WCHAR m_deviceInstanceId[200] = {};
@@ -99,12 +90,13 @@ class PortProtocolPage : public SheetPage {
     DWORD m_portSetting = 0;  // what runs now: port 1 in the low half, port 2 in the high half
 };
 
-void PortProtocolPage::OnStart() {
+bool PortProtocolPage::OnStart() {
     ReadPortCapabilities();
     LoadPortTypes();
     ShowCurrentSetting();
     RenderPortControls();
-    ShowHelp();
+    ShowPageHelp();
+    return true;
 }
 
 INT_PTR PortProtocolPage::OnNotify(const NMHDR& header) {
@@ -126,29 +118,26 @@ void PortProtocolPage::OnCommand(WORD control, WORD notification) {
 }
 
 void PortProtocolPage::ReadPortCapabilities() {
-    ScopedRegKey key;
-    if (RegOpenKeyExW(HKEY_LOCAL_MACHINE, m_parametersPath, 0, KEY_QUERY_VALUE, key.Receive()) !=
-        ERROR_SUCCESS)
-        return;
-    m_capabilities.flag = ReadBits(key.Get(), TEXT("CapabilityFlag"));
+    RegistryKey key;
+    if (key.Open(m_parametersPath, KEY_QUERY_VALUE) != ERROR_SUCCESS) return;
+    // A value that is absent or too long leaves its field at 0.
+    key.ReadDword(TEXT("CapabilityFlag"), m_capabilities.flag);
+    key.ReadDword(TEXT("PortSetting"), m_portSetting);
     m_capabilities.isSinglePort = IsSinglePort(m_capabilities.flag);
-    m_portSetting = ReadBits(key.Get(), TEXT("PortSetting"));
 }
 
 void PortProtocolPage::LoadPortTypes() {
     // One more than the value's limit, for the terminator that it may lack.
     WCHAR stored[kPortTypeLimit / sizeof(WCHAR) + 1] = {};
-    ScopedRegKey key;
+    RegistryKey key;
     // Only an absent value means the hardware's default. Without the key the text is empty.
-    if (RegOpenKeyExW(HKEY_LOCAL_MACHINE, m_parametersPath, 0, KEY_QUERY_VALUE, key.Receive()) ==
-            ERROR_SUCCESS &&
-        ReadRegistryText(key.Get(), kPortType, stored, ARRAYSIZE(stored), kPortTypeLimit) ==
-            ERROR_FILE_NOT_FOUND)
+    if (key.Open(m_parametersPath, KEY_QUERY_VALUE) == ERROR_SUCCESS &&
+        key.ReadText(kPortType, stored, kPortTypeLimit) == ERROR_FILE_NOT_FOUND)
         (void)StringCchCopyW(stored, ARRAYSIZE(stored), TEXT("none,none"));
 
     TextView types = stored;
     if (!m_capabilities.isSinglePort && types.find(TEXT(',')) == TextView::npos) {
-        ShowMessage(IDS_PORT_TYPE_INVALID, TEXT("Warning"));
+        ShowPageMessage(IDS_PORT_TYPE_INVALID, TEXT("Warning"));
         types = TEXT("ib,ib");
     }
     const size_t comma = types.find(TEXT(','));
@@ -159,7 +148,7 @@ void PortProtocolPage::LoadPortTypes() {
 
 PortType PortProtocolPage::ParsePortType(TextView token) const {
     PortType type = ePORT_TYPE_IB;
-    if (!::ParsePortType(token, type)) ShowMessage(IDS_PORT_TYPE_INVALID, TEXT("Error"));
+    if (!FindPortType(token, type)) ShowPageMessage(IDS_PORT_TYPE_INVALID, TEXT("Error"));
     return type;
 }
 
@@ -171,18 +160,16 @@ void PortProtocolPage::ShowCurrentSetting() const {
     if (!second) SetWindowTextW(Control(IDC_PORT2_LABEL), TEXT(""));
 }
 
-void PortProtocolPage::ShowHelp() const {
+void PortProtocolPage::ShowPageHelp() const {
     const HWND help = Control(IDC_PORT_HELP);
-    if (Library().vendorKeyMissing) {
+    if (Library().vendorKeyMissing)
         ShowWindow(help, SW_HIDE);
-        return;
-    }
-    PrepareHelpControl(help);
-    ShowHelpTopic(Library().helpDocument.get(), help, TEXT("PortType"), nullptr);
+    else
+        ShowHelp(help, TEXT("PortType"));
 }
 
 void PortProtocolPage::RenderPortControls() const {
-    const PortControls controls = ::RenderPortControls(m_capabilities, m_chosen);
+    const PortControls controls = PortControlsFor(m_capabilities, m_chosen);
     SetCheck(Control(IDC_HW_DEFAULTS), controls.hardwareDefault);
     for (const TypeButton& button : kTypeButtons) {
         const HWND window = Control(button.control);
@@ -204,20 +191,26 @@ void PortProtocolPage::OnHardwareDefaults() {
         m_chosen = TypesFromCapabilities(m_capabilities.flag);
 }
 
-// The sheet's Apply button comes to life with the first choice that has something to apply.
+// The sheet's Apply button is enabled as long as there is something to apply.
 void PortProtocolPage::TellSheet() const {
-    if (!HasChanged()) return;
-    SendMessageW(GetParent(Window()), PSM_CHANGED, reinterpret_cast<WPARAM>(Window()), 0);
+    SendMessageW(GetParent(Window()), HasChanged() ? PSM_CHANGED : PSM_UNCHANGED,
+                 reinterpret_cast<WPARAM>(Window()), 0);
 }
 
 bool PortProtocolPage::HasUpperBindingsOrTeams() const {
     const UINT refusal = FindUpperBindingsOrTeams(m_deviceInfo.DevInst);
-    if (refusal) ShowMessage(refusal, TEXT("Error"));
+    if (refusal) ShowPageMessage(refusal, TEXT("Error"));
     return refusal != 0;
 }
 
 void PortProtocolPage::ApplyPortTypes() {
-    if (!HasChanged() || HasUpperBindingsOrTeams()) return;
+    if (!HasChanged()) return;
+    if (HasUpperBindingsOrTeams()) {
+        // The sheet takes every apply for a success, and disables its button afterwards.
+        if (!IsReleased())
+            PostMessageW(GetParent(Window()), PSM_CHANGED, reinterpret_cast<WPARAM>(Window()), 0);
+        return;
+    }
     // A failure of these has its own message, and doesn't spare the device the restart.
     if (IsHardwareDefault(m_chosen, m_capabilities.isSinglePort)) {
         (void)DeleteRegistryValue(m_parametersPath, kPortType);
@@ -231,24 +224,10 @@ void PortProtocolPage::ApplyPortTypes() {
     ShowCurrentSetting();
 }
 
-void PortProtocolPage::ShowMessage(UINT id, LPCWSTR caption) const {
-    ScopedBstr text;
-    if (FormatResourceMessage(id, text, nullptr))
-        MessageBoxW(Window(), text.Get(), caption, MB_ICONHAND);
-}
-
 }  // namespace
 
 std::unique_ptr<SheetPage> NewPortProtocolPage(LPCWSTR classKeyPath, LPCWSTR deviceInstanceId,
                                                const SP_DEVINFO_DATA& device) {
     return std::unique_ptr<SheetPage>(new (std::nothrow)
                                           PortProtocolPage(classKeyPath, deviceInstanceId, device));
-}
-
-INT_PTR CALLBACK PortProtocolDialogProc(HWND page, UINT message, WPARAM wParam, LPARAM lParam) {
-    return HandlePageMessage(Library().portProtocolPages, page, message, wParam, lParam);
-}
-
-UINT CALLBACK PortProtocolPageCallback(HWND, UINT message, PROPSHEETPAGEW* sheetPage) {
-    return ReleaseSheetPage(Library().portProtocolPages, message, sheetPage);
 }

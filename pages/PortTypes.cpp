@@ -61,7 +61,7 @@ bool IsSinglePort(DWORD capabilityFlag) {
     return (capabilityFlag & (kPort2.infiniBand | kPort2.ethernet)) == 0;
 }
 
-bool ParsePortType(TextView token, PortType& type) {
+bool FindPortType(TextView token, PortType& type) {
     for (const auto& row : kTokens) {
         if (token != row.token) continue;
         type = row.type;
@@ -92,7 +92,7 @@ PortTypes TypesFromCapabilities(DWORD capabilityFlag) {
     return {FirstChoice(capabilityFlag, kPort1), FirstChoice(capabilityFlag, kPort2)};
 }
 
-PortControls RenderPortControls(const PortCapabilities& capabilities, const PortTypes& chosen) {
+PortControls PortControlsFor(const PortCapabilities& capabilities, const PortTypes& chosen) {
     PortControls controls;
     controls.port2Shown = !capabilities.isSinglePort;
     // Port 1 speaks for both: its default takes the choice away from port 2 as well.

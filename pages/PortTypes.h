@@ -32,7 +32,7 @@ struct PortCapabilities {
 bool IsSinglePort(DWORD capabilityFlag);
 
 // The type of a registry token, exact and with case. False when there is no such token.
-bool ParsePortType(TextView token, PortType& type);
+bool FindPortType(TextView token, PortType& type);
 // The registry's text for the types: a token a port, parted by a comma.
 ScopedBstr BuildPortType(const PortTypes& types, bool isSinglePort);
 // Every port is left to the hardware.
@@ -55,4 +55,4 @@ struct PortControls {
     PortButtons port1;
     PortButtons port2;
 };
-PortControls RenderPortControls(const PortCapabilities& capabilities, const PortTypes& chosen);
+PortControls PortControlsFor(const PortCapabilities& capabilities, const PortTypes& chosen);

@@ -4,11 +4,18 @@
 #include <string_view>
 
 #include "HelpDocument.h"
+#include "LibraryState.h"
 #include "Messages.h"
+
+#include <strsafe.h>
 
 namespace {
 
 constexpr COLORREF kHelpBackground = 0xD2FAFF;
+
+void PrepareHelpControl(HWND richEdit) {
+    SendMessageW(richEdit, EM_SETBKGNDCOLOR, 0, kHelpBackground);
+}
 
 // The text of the first element of that name, or null.
 ScopedBstr FindTopic(IXMLDOMDocument* document, BSTR name) {
@@ -36,6 +43,28 @@ std::unique_ptr<char[]> ToMultiByte(std::basic_string_view<WCHAR> terminated) {
 
 }  // namespace
 
+void ShowHelp(HWND richEdit, LPCWSTR key, LPCWSTR suffix) {
+    PrepareHelpControl(richEdit);
+    ShowHelpTopic(Library().helpDocument.get(), richEdit, key, suffix);
+}
+
+void ShowHelpSentence(HWND richEdit, LPCWSTR sentence) {
+    PrepareHelpControl(richEdit);
+    // Rich Text Format gives these characters a meaning of their own.
+    WCHAR text[1024] = TEXT("{\\rtf1\\pard ");
+    size_t length = 0;
+    (void)StringCchLengthW(text, ARRAYSIZE(text), &length);
+    for (; *sentence != 0 && length + 3 < ARRAYSIZE(text); ++sentence) {
+        const WCHAR character = *sentence == TEXT('\n') ? TEXT(' ') : *sentence;
+        if (character == TEXT('\\') || character == TEXT('{') || character == TEXT('}'))
+            text[length++] = TEXT('\\');
+        text[length++] = character;
+    }
+    text[length++] = TEXT('}');
+    text[length] = 0;
+    SetRichEditText(richEdit, text);
+}
+
 void ShowHelpTopic(const HelpDocument* help, HWND richEdit, LPCWSTR key, LPCWSTR suffix) {
     // Names of standard keywords begin with an asterisk, which no element's name can.
     ScopedBstr name = AllocateText(*key == TEXT('*') ? key + 1 : key);
@@ -46,10 +75,6 @@ void ShowHelpTopic(const HelpDocument* help, HWND richEdit, LPCWSTR key, LPCWSTR
     ScopedBstr topic;
     if (help && help->document) topic = FindTopic(help->document.Get(), name.Get());
     SetRichEditText(richEdit, topic ? topic.Get() : TEXT(""));
-}
-
-void PrepareHelpControl(HWND richEdit) {
-    SendMessageW(richEdit, EM_SETBKGNDCOLOR, 0, kHelpBackground);
 }
 
 void SetRichEditText(HWND richEdit, LPCWSTR text) {

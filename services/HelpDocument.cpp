@@ -1,9 +1,9 @@
 #include "HelpDocument.h"
 
-#include <objbase.h>
 #include <utility>
 
-#include "RegistryServices.h"
+#include "RegistryKey.h"
+#include "RegistryPaths.h"
 
 #include <strsafe.h>
 
@@ -18,14 +18,11 @@ constexpr WCHAR kHelpFile[] = TEXT("Documentation\\help.xml");
 // The path of the help file. Null when it isn't known, or when memory runs out: the library also
 // loads without its help.
 ScopedBstr FindHelpFile() {
-    ScopedRegKey key;
-    if (RegOpenKeyExW(HKEY_LOCAL_MACHINE, TEXT("SOFTWARE\\Corvanta\\"), 0, KEY_READ,
-                      key.Receive()) != ERROR_SUCCESS)
-        return {};
+    RegistryKey key;
     // One more than the value's limit, for the terminator that it may lack.
-    WCHAR directory[MAX_PATH + 1] = {};
-    if (ReadRegistryText(key.Get(), kInstalledPath, directory, ARRAYSIZE(directory),
-                         MAX_PATH * sizeof(WCHAR)) != ERROR_SUCCESS)
+    WCHAR directory[MAX_PATH + 1];
+    if (key.Open(TEXT("SOFTWARE\\Corvanta\\"), KEY_READ) != ERROR_SUCCESS ||
+        key.ReadText(kInstalledPath, directory, MAX_PATH * sizeof(WCHAR)) != ERROR_SUCCESS)
         return {};
     WCHAR path[ARRAYSIZE(directory) + ARRAYSIZE(kHelpFile)];
     if (FAILED(StringCchPrintfW(path, ARRAYSIZE(path), TEXT("%s%s"), directory, kHelpFile)))
@@ -44,9 +41,7 @@ bool ReadDocument(IXMLDOMDocument* document, const ScopedBstr& path) {
 }  // namespace
 
 void LoadHelpDocument(HelpDocument& help) {
-    const HRESULT initialised = CoInitialize(nullptr);
-    if (FAILED(initialised) && initialised != RPC_E_CHANGED_MODE) return;
-    help.comInitialized = initialised == S_OK;
+    if (FAILED(help.com.Initialise())) return;
 
     ScopedReference<IXMLDOMDocument> document;
     if (FAILED(CoCreateInstance(kDomDocument3, nullptr, CLSCTX_INPROC_SERVER, IID_IXMLDOMDocument,
@@ -63,6 +58,5 @@ void LoadHelpDocument(HelpDocument& help) {
 
 void ReleaseHelpDocument(HelpDocument& help) {
     help.document.Reset();
-    if (help.comInitialized) CoUninitialize();
-    help.comInitialized = false;
+    help.com.Uninitialise();
 }

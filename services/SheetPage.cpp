@@ -2,40 +2,34 @@
 
 #include "WaitCursor.h"
 
-void SheetPage::OnPosted(UINT, WPARAM, LPARAM) {}
-
-INT_PTR HandlePageMessage(PageWindowTable& table, HWND window, UINT message, WPARAM wParam,
-                          LPARAM lParam) {
-    if (message == WM_INITDIALOG) {
-        const WaitCursor wait;
-        const auto* sheetPage = reinterpret_cast<const PROPSHEETPAGEW*>(lParam);
-        auto* page = reinterpret_cast<SheetPage*>(sheetPage->lParam);
-        page->m_window = window;
-        RegisterPageWindow(table, window, page);
-        page->OnStart();
-        return TRUE;
-    }
-    auto* page = static_cast<SheetPage*>(FindPageObject(table, window));
-    if (message == WM_NOTIFY)
-        return page ? page->OnNotify(*reinterpret_cast<const NMHDR*>(lParam)) : 0;
-    if (message == WM_COMMAND) {
-        if (page) page->OnCommand(LOWORD(wParam), HIWORD(wParam));
-        return 0;
-    }
-    if (page && message >= WM_APP) {
-        page->OnPosted(message, wParam, lParam);
-        return TRUE;
-    }
-    // The backgrounds of controls are left to the sheet, whose theme they have to match.
-    if (message >= WM_CTLCOLORMSGBOX && message <= WM_CTLCOLORSTATIC) return 0;
-    return DefWindowProcW(window, message, wParam, lParam);
+INT_PTR SheetPage::OnNotify(const NMHDR&) {
+    return 0;
 }
 
-UINT ReleaseSheetPage(PageWindowTable& table, UINT code, PROPSHEETPAGEW* sheetPage) {
-    if (code != PSPCB_RELEASE || !sheetPage->lParam) return 1;
-    auto* page = reinterpret_cast<SheetPage*>(sheetPage->lParam);
-    sheetPage->lParam = 0;
-    RemovePageWindow(table, page->Window());
-    delete page;
-    return 1;
+void SheetPage::OnPosted(UINT, WPARAM, LPARAM) {}
+
+bool PageHandler::Start(HWND window) {
+    const WaitCursor wait;
+    m_page.m_window = window;
+    m_page.m_isStarted = m_page.OnStart();
+    return m_page.m_isStarted;
+}
+
+INT_PTR PageHandler::Dispatch(UINT message, WPARAM wParam, LPARAM lParam) {
+    if (!m_page.m_isStarted) return FALSE;
+    switch (message) {
+        case WM_NOTIFY:
+            return m_page.OnNotify(*reinterpret_cast<const NMHDR*>(lParam));
+        case WM_COMMAND:
+            m_page.OnCommand(LOWORD(wParam), HIWORD(wParam));
+            return FALSE;
+        default:
+            m_page.OnPosted(message, wParam, lParam);
+            return TRUE;
+    }
+}
+
+bool IsForWindowClass(UINT message) {
+    // The backgrounds of controls are left to the sheet, whose theme they have to match.
+    return message < WM_CTLCOLORMSGBOX || message > WM_CTLCOLORSTATIC;
 }

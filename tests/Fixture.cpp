@@ -187,6 +187,24 @@ std::optional<DWORD> TestMachine::Number(const std::string& path,
     return platform::MachineNumber(Wide(path), value.c_str());
 }
 
+std::optional<std::pair<DWORD, std::vector<BYTE>>> TestMachine::Bytes(
+    const std::string& path, const std::u16string& value) const {
+    const platform::QuietScope quiet;
+    HKEY key = nullptr;
+    if (RegOpenKeyExW(HKEY_LOCAL_MACHINE, Wide(path).c_str(), 0, KEY_READ, &key) != 0) return {};
+    DWORD type = 0;
+    DWORD size = 0;
+    std::vector<BYTE> data;
+    LSTATUS status = RegQueryValueExW(key, value.c_str(), nullptr, &type, nullptr, &size);
+    data.resize(size + 1);  // not empty, which would ask for the size alone
+    if (status == 0)
+        status = RegQueryValueExW(key, value.c_str(), nullptr, nullptr, data.data(), &size);
+    data.resize(size);
+    RegCloseKey(key);
+    if (status != 0) return {};
+    return std::pair(type, data);
+}
+
 std::u16string TestMachine::PortText(int port, const std::u16string& value) const {
     return Text(Sample::ClassKey(port), value).value_or(u"-");
 }

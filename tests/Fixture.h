@@ -90,6 +90,9 @@ class TestMachine {
     // Reading what the outside can see. Paths below HKEY_LOCAL_MACHINE; nothing when absent.
     std::optional<std::u16string> Text(const std::string& path, const std::u16string& value) const;
     std::optional<DWORD> Number(const std::string& path, const std::u16string& value) const;
+    // A value's type and all its bytes.
+    std::optional<std::pair<DWORD, std::vector<BYTE>>> Bytes(const std::string& path,
+                                                             const std::u16string& value) const;
     // A value of a port's class key; "-" when it is absent.
     std::u16string PortText(int port, const std::u16string& value) const;
     DWORD Restarts(int port) const;

@@ -8,15 +8,12 @@ void SetAdapterKey(LogStream* log, const TuningAdapter& adapter, LPCWSTR name, i
     (void)StringCchPrintfW(text, ARRAYSIZE(text), TEXT("%d"), number);
     LogFormatted(log, TEXT("Setting adapter %d key %s to %s"), adapter.number, name, text);
 
-    size_t length = 0;
-    (void)StringCchLengthW(text, ARRAYSIZE(text), &length);
-    (void)RegSetValueExW(adapter.key.Get(), name, 0, REG_SZ, reinterpret_cast<const BYTE*>(text),
-                         static_cast<DWORD>((length + 1) * sizeof(WCHAR)));
+    (void)adapter.key.WriteText(name, text);
 }
 
 void DeleteAdapterKey(LogStream* log, const TuningAdapter& adapter, LPCWSTR name) {
     LogFormatted(log, TEXT("Deleting adapter %d key %s"), adapter.number, name);
-    (void)RegDeleteValueW(adapter.key.Get(), name);
+    (void)adapter.key.DeleteValue(name);
 }
 
 int GetOsTuningLevel() {

@@ -7,7 +7,6 @@
 #include "Diagnostics.h"
 #include "ProbeContext.h"
 #include "Processors.h"
-#include "RegistryServices.h"
 
 namespace {
 
@@ -74,9 +73,7 @@ bool MoveTo(const ProcessorCounts& counts, DWORD flat) {
 ULONG ReadGuidMask(LogStream* log, const TuningAdapter& adapter) {
     constexpr LPCWSTR name = TEXT("GuidMask");
     WCHAR text[kPathCapacity];
-    if (ReadRegistryText(adapter.key.Get(), name, text, ARRAYSIZE(text), kGuidMaskLimit) !=
-        ERROR_SUCCESS)
-        return kDefaultGuidMask;
+    if (adapter.key.ReadText(name, text, kGuidMaskLimit) != ERROR_SUCCESS) return kDefaultGuidMask;
     LogFormatted(log, TEXT("Getting adapter %d key %s value: %s"), adapter.number, name, text);
     int mask = 0;
     return StrToIntExW(text, STIF_DEFAULT, &mask) ? static_cast<ULONG>(mask) : 0;

@@ -40,25 +40,18 @@ void RunCommands(LogStream* log) {
     }
 }
 
-bool OpenServiceKey(LPCWSTR path, ScopedRegKey& key) {
-    const LONG error = RegOpenKeyExW(HKEY_LOCAL_MACHINE, path, 0, kServiceAccess, key.Receive());
+bool OpenServiceKey(LPCWSTR path, RegistryKey& key) {
+    const LONG error = key.Open(path, kServiceAccess);
     if (error == ERROR_SUCCESS) return true;
     ShowSystemErrorMessage(IDS_KEY_OPEN_FAILED, static_cast<DWORD>(error));
     return false;
 }
 
-void ShowQueryFailed(LPCWSTR name) {
-    ScopedBstr text;
-    const LPCWSTR arguments[] = {name};
-    if (FormatResourceMessage(IDS_QUERY_FAILED, text, arguments))
-        MessageBoxW(GetForegroundWindow(), text.Get(), TEXT("Error"), MB_OK);
-}
-
 // Notes what stands in the key: of a value of any type the first 32 bits. False, after a message,
 // when it is there and can't be read.
-bool SaveSetting(HKEY key, const RegistrySetting& row, SavedSetting& saved) {
+bool SaveSetting(const RegistryKey& key, const RegistrySetting& row, SavedSetting& saved) {
     DWORD size = 0;
-    const LONG error = RegQueryValueExW(key, row.name, nullptr, nullptr, nullptr, &size);
+    const LONG error = key.QuerySize(row.name, size);
     if (error == ERROR_FILE_NOT_FOUND) return true;
     if (error != ERROR_SUCCESS || size == 0) {
         ShowSystemErrorMessage(IDS_KEY_OPEN_FAILED, static_cast<DWORD>(error));
@@ -70,8 +63,8 @@ bool SaveSetting(HKEY key, const RegistrySetting& row, SavedSetting& saved) {
     const std::unique_ptr<BYTE[]> data(new (std::nothrow) BYTE[capacity]());
     if (!data) return false;
     size = capacity;
-    if (RegQueryValueExW(key, row.name, nullptr, nullptr, data.get(), &size) != ERROR_SUCCESS) {
-        ShowQueryFailed(row.name);
+    if (key.ReadBytes(row.name, data.get(), &size) != ERROR_SUCCESS) {
+        ShowMessage(GetForegroundWindow(), IDS_QUERY_FAILED, TEXT("Error"), MB_OK, {row.name});
         return false;
     }
     saved.name = row.name;
@@ -94,11 +87,9 @@ bool MayChange(AdapterContext& context, HWND page) {
     return true;
 }
 
-bool ApplySetting(LogStream* log, const RegistrySetting& row, const SavedSetting& saved, HKEY key,
-                  LPCWSTR path) {
-    if (RegSetValueExW(key, row.name, 0, row.type, reinterpret_cast<const BYTE*>(&row.value),
-                       row.type) != ERROR_SUCCESS)
-        return false;
+bool ApplySetting(LogStream* log, const RegistrySetting& row, const SavedSetting& saved,
+                  const RegistryKey& key, LPCWSTR path) {
+    if (key.WriteBytes(row.name, row.type, &row.value, row.type) != ERROR_SUCCESS) return false;
     if (*saved.name)
         LogFormatted(log, TEXT("Change Registry value %s\\%s from 0x%x to 0x%x"), path, row.name,
                      static_cast<unsigned>(saved.value), static_cast<unsigned>(row.value));
@@ -108,8 +99,8 @@ bool ApplySetting(LogStream* log, const RegistrySetting& row, const SavedSetting
     return true;
 }
 
-bool TuneSetting(LogStream* log, const RegistrySetting& row, SavedSetting& saved, HKEY key,
-                 AdapterContext& context, HWND page, LPCWSTR path) {
+bool TuneSetting(LogStream* log, const RegistrySetting& row, SavedSetting& saved,
+                 const RegistryKey& key, AdapterContext& context, HWND page, LPCWSTR path) {
     if (!SaveSetting(key, row, saved)) return false;
     if (*saved.name && saved.value == row.value) return true;
     return MayChange(context, page) && ApplySetting(log, row, saved, key, path);
@@ -127,15 +118,15 @@ bool RunGeneralTuning(AdapterContext& context, HWND page) {
     RunCommands(&log);
 
     context.noRegistryChange = 1;
-    ScopedRegKey key;
+    RegistryKey key;
     if (!OpenServiceKey(kTcpipPath, key)) return false;
-    DeleteRegistryKeys(key.Get(), kTcpipDeleted, &log, kTcpipPath);
-    if (!SetRegistryKeys(&log, kTcpipTargets, key.Get(), context, page, kTcpipPath)) return false;
+    DeleteRegistryKeys(key, kTcpipDeleted, &log, kTcpipPath);
+    if (!SetRegistryKeys(&log, kTcpipTargets, key, context, page, kTcpipPath)) return false;
     return OpenServiceKey(kAfdPath, key) &&
-           SetRegistryKeys(&log, kAfdTargets, key.Get(), context, page, kAfdPath);
+           SetRegistryKeys(&log, kAfdTargets, key, context, page, kAfdPath);
 }
 
-bool SetRegistryKeys(LogStream* log, std::span<const RegistrySetting> table, HKEY key,
+bool SetRegistryKeys(LogStream* log, std::span<const RegistrySetting> table, const RegistryKey& key,
                      AdapterContext& context, HWND page, LPCWSTR path) {
     const std::unique_ptr<SavedSetting[]> saved(new (std::nothrow) SavedSetting[table.size()]);
     size_t finished = 0;
@@ -154,20 +145,18 @@ bool SetRegistryKeys(LogStream* log, std::span<const RegistrySetting> table, HKE
     return false;
 }
 
-bool RevertRegistryKeys(LogStream* log, std::span<const SavedSetting> saved, HKEY key) {
+bool RevertRegistryKeys(LogStream* log, std::span<const SavedSetting> saved, const RegistryKey& key) {
     for (const SavedSetting& row : saved) {
         if (!*row.name) continue;
-        if (RegSetValueExW(key, row.name, 0, row.type, reinterpret_cast<const BYTE*>(&row.value),
-                           row.type) != ERROR_SUCCESS)
-            return false;
+        if (key.WriteBytes(row.name, row.type, &row.value, row.type) != ERROR_SUCCESS) return false;
         LogFormatted(log, TEXT("Reverting %s to %x"), row.name, static_cast<unsigned>(row.value));
     }
     return true;
 }
 
-void DeleteRegistryKeys(HKEY key, std::span<const RegistrySetting> table, LogStream* log,
-                        LPCWSTR path) {
+void DeleteRegistryKeys(const RegistryKey& key, std::span<const RegistrySetting> table,
+                        LogStream* log, LPCWSTR path) {
     for (const RegistrySetting& row : table)
-        if (RegDeleteValueW(key, row.name) == ERROR_SUCCESS)
+        if (key.DeleteValue(row.name) == ERROR_SUCCESS)
             LogFormatted(log, TEXT("Delete Registry value %s\\%s"), path, row.name);
 }

@@ -28,10 +28,10 @@ bool RunGeneralTuning(AdapterContext& context, HWND page);
 
 // Brings each value of the open key to its target. `path` names the key in the log. On failure the
 // changes made so far are taken back and the result is false.
-bool SetRegistryKeys(LogStream* log, std::span<const RegistrySetting> table, HKEY key,
+bool SetRegistryKeys(LogStream* log, std::span<const RegistrySetting> table, const RegistryKey& key,
                      AdapterContext& context, HWND page, LPCWSTR path);
 // Writes the saved values back; one that didn't exist stays. False at the first that can't be.
-bool RevertRegistryKeys(LogStream* log, std::span<const SavedSetting> saved, HKEY key);
+bool RevertRegistryKeys(LogStream* log, std::span<const SavedSetting> saved, const RegistryKey& key);
 // Deletes the values and logs each that was there.
-void DeleteRegistryKeys(HKEY key, std::span<const RegistrySetting> table, LogStream* log,
-                        LPCWSTR path);
+void DeleteRegistryKeys(const RegistryKey& key, std::span<const RegistrySetting> table,
+                        LogStream* log, LPCWSTR path);

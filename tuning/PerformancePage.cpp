@@ -1,21 +1,23 @@
 #include "PerformancePage.h"
 
-#include <strsafe.h>
+#include <new>
+#include <utility>
 
 #include "../resources/resource.h"
 #include "AdapterContext.h"
+#include "Controls.h"
 #include "Devices.h"
 #include "Discovery.h"
 #include "GeneralTuning.h"
 #include "HelpDocument.h"
-#include "LibraryState.h"
 #include "Processors.h"
 #include "Reboot.h"
 #include "RestoreDefaults.h"
 #include "ScenarioRun.h"
 #include "Scenarios.h"
 #include "TuningLog.h"
-#include "WaitCursor.h"
+
+#include <strsafe.h>
 
 namespace {
 
@@ -29,45 +31,6 @@ constexpr struct {
     {IDC_SINGLE_STREAM, SINGLE_STREAM},
 };
 
-void DisableControl(HWND page, int control) {
-    if (HWND window = GetDlgItem(page, control)) EnableWindow(window, FALSE);
-}
-
-// 1 when the button is checked; 0 also when the dialog has no such button.
-int IsChecked(HWND page, int control) {
-    const HWND button = GetDlgItem(page, control);
-    return button ? static_cast<int>(SendMessageW(button, BM_GETCHECK, 0, 0) & 1) : 0;
-}
-
-TuningAdapter* SecondOrNone(AdapterContext& context) {
-    return context.second.present ? &context.second : nullptr;
-}
-
-bool StartPage(HWND page, AdapterContext& context) {
-    const WaitCursor wait;
-    if (!GetKeysInfo(context)) {
-        DisableControl(page, IDC_RUN_TUNING);
-        return false;
-    }
-    CheckDlgButton(page, context.scenarioControl ? context.scenarioControl : IDC_BALANCED,
-                   BST_CHECKED);
-    // A sibling that is absent counts as one that isn't Ethernet.
-    if (context.second.isEthernet != context.first.isEthernet) {
-        DisableControl(page, IDC_DUAL_PORT);
-        if (context.second.present) DisableControl(page, IDC_FORWARDING);
-    }
-    const HWND help = GetDlgItem(page, IDC_HELP_TEXT);
-    PrepareHelpControl(help);
-    ShowHelpTopic(Library().helpDocument.get(), help, TEXT("Performance"),
-                  context.first.isEthernet ? TEXT("_ETH") : TEXT("_IPoIB"));
-    SetWindowLongPtrW(page, GWLP_USERDATA, reinterpret_cast<LONG_PTR>(&context));
-    return true;
-}
-
-void ShowFailure(HWND page, LPCWSTR text) {
-    MessageBoxW(page, text, TEXT("Performance tuning failed."), MB_OK | MB_ICONERROR);
-}
-
 // What the buttons say: exactly one of the scenarios, or the default and none of them.
 struct Choice {
     bool valid;
@@ -75,50 +38,153 @@ struct Choice {
     Scenario scenario;
 };
 
-Choice ReadChoice(HWND page) {
-    int parity = 0;
+class PerformancePage final : public SheetPage {
+  public:
+    PerformancePage(const AdapterIdentity& identity,
+                    ScopedLocal<SP_DEVICE_INTERFACE_DETAIL_DATA_W> interfaceDetail) {
+        m_context.identity = identity;
+        m_context.interfaceDetail = std::move(interfaceDetail);
+    }
+
+  private:
+    bool OnStart() override;
+    void OnCommand(WORD control, WORD notification) override;
+
+    void ShowStartFailure(const DiscoveryFailure& failure) const;
+    void Disable(int control) const;
+    void UncheckDisabled() const;
+    Choice ReadChoice() const;
+    void RunTuning();
+    bool PrepareMachine(ProcessorsInfo& processors);
+    bool RunScenario(const ProcessorsInfo& processors, Scenario scenario);
+    void ApplyChanges() const;
+    void ShowFailure(LPCWSTR text) const {
+        MessageBoxW(Window(), text, TEXT("Performance tuning failed."), MB_OK | MB_ICONERROR);
+    }
+    TuningAdapter* SecondOrNone() { return m_context.second.present ? &m_context.second : nullptr; }
+
+    AdapterContext m_context;
+};
+
+bool PerformancePage::OnStart() {
+    DiscoveryFailure failure;
+    if (!GetKeysInfo(m_context, failure)) {
+        ShowStartFailure(failure);
+        return false;
+    }
+    const TuningAdapter& first = m_context.first;
+    const TuningAdapter& second = m_context.second;
+    CheckDlgButton(Window(), m_context.scenarioControl ? m_context.scenarioControl : IDC_BALANCED,
+                   BST_CHECKED);
+    // A sibling that is absent counts as one that isn't Ethernet.
+    if (second.isEthernet != first.isEthernet) {
+        Disable(IDC_DUAL_PORT);
+        if (second.present) Disable(IDC_FORWARDING);
+    }
+    ShowHelp(Control(IDC_HELP_TEXT), TEXT("Performance"),
+             first.isEthernet ? TEXT("_ETH") : TEXT("_IPoIB"));
+    return true;
+}
+
+void PerformancePage::OnCommand(WORD control, WORD) {
+    // A radio button that has just been clicked reads as checked.
+    if (IsDlgButtonChecked(Window(), control) == BST_CHECKED)
+        UncheckDisabled();
+    else if (control == IDC_RUN_TUNING)
+        RunTuning();
+}
+
+// Leaves the tab without anything to press, and says why: in the log where it can be opened, and in
+// the help pane.
+void PerformancePage::ShowStartFailure(const DiscoveryFailure& failure) const {
+    for (const auto& row : kScenarioButtons)
+        Disable(row.control);
+    Disable(IDC_BALANCED);
+    Disable(IDC_RUN_TUNING);
+
+    WCHAR path[kPathCapacity];
+    LogStream log = OpenTuningLog(path, ARRAYSIZE(path));
+    LogLine(&log, failure.text);
+
+    WCHAR sentence[kLogTextCapacity + 128];
+    (void)StringCchPrintfW(sentence, ARRAYSIZE(sentence),
+                           TEXT("This adapter can't be tuned, since its settings or those of the "
+                                "port beside it can't be reached. %s"),
+                           failure.text);
+    ShowHelpSentence(Control(IDC_HELP_TEXT), sentence);
+}
+
+void PerformancePage::Disable(int control) const {
+    if (const HWND window = Control(control)) EnableWindow(window, FALSE);
+}
+
+// A click unchecks only the enabled buttons of its group. The button of a stored scenario that the
+// ports don't allow is disabled, and would stay checked beside the user's choice and spoil it.
+void PerformancePage::UncheckDisabled() const {
+    for (const auto& row : kScenarioButtons) {
+        const HWND button = Control(row.control);
+        if (button && !IsWindowEnabled(button)) SetCheck(button, false);
+    }
+}
+
+Choice PerformancePage::ReadChoice() const {
+    bool parity = false;
     Scenario scenario = SINGLE_STREAM;
     for (size_t i = ARRAYSIZE(kScenarioButtons); i-- > 0;) {
-        const int checked = IsChecked(page, kScenarioButtons[i].control);
-        parity ^= checked;
-        if (checked) scenario = kScenarioButtons[i].scenario;
+        if (!IsChecked(Control(kScenarioButtons[i].control))) continue;
+        parity = !parity;
+        scenario = kScenarioButtons[i].scenario;
     }
-    const int restoreOnly = IsChecked(page, IDC_BALANCED);
-    return {parity != restoreOnly, restoreOnly != 0, scenario};
+    const bool restoreOnly = IsChecked(Control(IDC_BALANCED));
+    return {parity != restoreOnly, restoreOnly, scenario};
+}
+
+void PerformancePage::RunTuning() {
+    const Choice choice = ReadChoice();
+    if (!choice.valid) {
+        ShowFailure(TEXT("Please choose one of the tuning scenarios"));
+        return;
+    }
+    ProcessorsInfo processors;
+    if (!PrepareMachine(processors)) return;
+    if (choice.restoreOnly)
+        MessageBoxW(Window(), TEXT("Restore succeeded"), TEXT("Restore"), MB_OK);
+    else if (!RunScenario(processors, choice.scenario))
+        return;
+    ApplyChanges();
 }
 
 // The steps that every press takes before its scenario. False, after a message, when one failed.
-bool PrepareMachine(HWND page, AdapterContext& context, ProcessorsInfo& processors) {
+bool PerformancePage::PrepareMachine(ProcessorsInfo& processors) {
     WCHAR path[kPathCapacity];
     LogStream log = OpenTuningLog(path, ARRAYSIZE(path));
     if (!log) {
-        ShowFailure(page, TEXT("Log allocation failed"));
+        ShowFailure(TEXT("Log allocation failed"));
         return false;
     }
     if (!GetProcessorsInfo(&log, processors)) {
-        ShowFailure(page, TEXT("Processors mapping analysis failed"));
+        ShowFailure(TEXT("Processors mapping analysis failed"));
         return false;
     }
     log.Close();
-    if (!RunGeneralTuning(context, page)) {
-        ShowFailure(page, TEXT("General Tuning Failed"));
+    if (!RunGeneralTuning(m_context, Window())) {
+        ShowFailure(TEXT("General Tuning Failed"));
         return false;
     }
-    RestoreTuningDefaults(nullptr, &context.first, SecondOrNone(context));
+    RestoreTuningDefaults(nullptr, &m_context.first, SecondOrNone());
     return true;
 }
 
 // Runs the scenario and shows its outcome. False when it wasn't completed.
-bool RunScenario(HWND page, AdapterContext& context, const ProcessorsInfo& processors,
-                 Scenario scenario) {
+bool PerformancePage::RunScenario(const ProcessorsInfo& processors, Scenario scenario) {
     WCHAR path[kPathCapacity];
     LogStream log = OpenTuningLog(path, ARRAYSIZE(path));
     if (!log) {
-        ShowFailure(page, TEXT("Log allocation failed"));
+        ShowFailure(TEXT("Log allocation failed"));
         return false;
     }
     const bool completed =
-        TunePerformance(log, &context.first, SecondOrNone(context), processors, scenario);
+        TunePerformance(log, &m_context.first, SecondOrNone(), processors, scenario);
     const LPCWSTR introduction =
         completed ? TEXT(
                         "The task was completed succesfully.\nFor information about the changes "
@@ -127,76 +193,29 @@ bool RunScenario(HWND page, AdapterContext& context, const ProcessorsInfo& proce
     WCHAR text[kPathCapacity + 128];
     (void)StringCchPrintfW(text, ARRAYSIZE(text), TEXT("%s%s."), introduction, path);
     if (!completed) {
-        ShowFailure(page, text);
+        ShowFailure(text);
         return false;
     }
     log.Close();
-    MessageBoxW(page, text, TEXT("Tuning succeeded"), MB_OK);
+    MessageBoxW(Window(), text, TEXT("Tuning succeeded"), MB_OK);
     return true;
 }
 
 // Brings the new values into effect.
-void ApplyChanges(HWND page, const AdapterContext& context) {
-    if (context.noRegistryChange == 0) {
-        AskReboot(page);
+void PerformancePage::ApplyChanges() const {
+    if (m_context.noRegistryChange == 0) {
+        AskReboot(Window());
         return;
     }
-    (void)RestartDevice(context.first.instanceId);
-    if (context.second.present) (void)RestartDevice(context.second.instanceId);
-}
-
-void RunTuning(HWND page, AdapterContext& context) {
-    const Choice choice = ReadChoice(page);
-    if (!choice.valid) {
-        ShowFailure(page, TEXT("Please choose one of the tuning scenarios"));
-        return;
-    }
-    ProcessorsInfo processors;
-    if (!PrepareMachine(page, context, processors)) return;
-    if (choice.restoreOnly)
-        MessageBoxW(page, TEXT("Restore succeeded"), TEXT("Restore"), MB_OK);
-    else if (!RunScenario(page, context, processors, choice.scenario))
-        return;
-    ApplyChanges(page, context);
-}
-
-// A click unchecks only the enabled buttons of its group. The button of a stored scenario that the
-// ports don't allow is disabled, and would stay checked beside the user's choice and spoil it.
-void UncheckDisabled(HWND page) {
-    for (const auto& row : kScenarioButtons) {
-        const HWND button = GetDlgItem(page, row.control);
-        if (button && !IsWindowEnabled(button)) CheckDlgButton(page, row.control, BST_UNCHECKED);
-    }
-}
-
-void OnCommand(HWND page, int control) {
-    // A radio button that has just been clicked reads as checked.
-    if (IsDlgButtonChecked(page, control) == BST_CHECKED) {
-        UncheckDisabled(page);
-        return;
-    }
-    if (control != IDC_RUN_TUNING) return;
-    auto* context = reinterpret_cast<AdapterContext*>(GetWindowLongPtrW(page, GWLP_USERDATA));
-    if (context) RunTuning(page, *context);
+    (void)RestartDevice(m_context.first.instanceId);
+    if (m_context.second.present) (void)RestartDevice(m_context.second.instanceId);
 }
 
 }  // namespace
 
-INT_PTR CALLBACK PerformanceDialogProc(HWND page, UINT message, WPARAM wParam, LPARAM lParam) {
-    switch (message) {
-        case WM_INITDIALOG: {
-            const auto* sheetPage = reinterpret_cast<const PROPSHEETPAGEW*>(lParam);
-            return StartPage(page, *reinterpret_cast<AdapterContext*>(sheetPage->lParam));
-        }
-        case WM_COMMAND:
-            OnCommand(page, LOWORD(wParam));
-            return 0;
-        default:
-            return 0;
-    }
-}
-
-UINT CALLBACK PerformancePageCallback(HWND, UINT message, PROPSHEETPAGEW* sheetPage) {
-    if (message == PSPCB_RELEASE) delete reinterpret_cast<AdapterContext*>(sheetPage->lParam);
-    return 1;
+std::unique_ptr<SheetPage> NewPerformancePage(
+    const AdapterIdentity& identity,
+    ScopedLocal<SP_DEVICE_INTERFACE_DETAIL_DATA_W> interfaceDetail) {
+    return std::unique_ptr<SheetPage>(
+        new (std::nothrow) PerformancePage(identity, std::move(interfaceDetail)));
 }

@@ -3,6 +3,7 @@
 // else closes it. Not for use by two threads at a time.
 
 #include <windows.h>
+#include <objbase.h>
 #include <oleauto.h>
 #include <setupapi.h>
 #include <cassert>
@@ -131,7 +132,27 @@ struct LocalTraits {
 template <class T>
 using ScopedLocal = Scoped<LocalTraits<T>>;
 
-// A reference to a COM object, released when the owner goes.
+// A block that a COM interface has handed out.
+template <class T>
+struct TaskMemoryTraits {
+    using Handle = T*;
+    static constexpr Handle none = nullptr;
+    static void Close(Handle block) { CoTaskMemFree(block); }
+};
+template <class T>
+using ScopedTaskMemory = Scoped<TaskMemoryTraits<T>>;
+
+// Ownership of a mutex that a wait has given; released when the owner goes. Not the handle.
+struct MutexOwnershipTraits {
+    using Handle = HANDLE;
+    static constexpr Handle none = nullptr;
+    static void Close(Handle mutex) {
+        CheckClosed(ReleaseMutex(mutex) ? ERROR_SUCCESS : static_cast<LONG>(GetLastError()));
+    }
+};
+using ScopedMutexOwnership = Scoped<MutexOwnershipTraits>;
+
+// A reference to a COM object, released when the owner goes. A copy is a reference of its own.
 template <class T>
 struct ReferenceTraits {
     using Handle = T*;
@@ -141,6 +162,49 @@ struct ReferenceTraits {
 template <class T>
 class ScopedReference : public Scoped<ReferenceTraits<T>> {
   public:
-    using Scoped<ReferenceTraits<T>>::Scoped;
+    using Base = Scoped<ReferenceTraits<T>>;
+
+    ScopedReference() = default;
+    // Takes over a reference.
+    explicit ScopedReference(T* object) : Base(object) {}
+    ScopedReference(ScopedReference&&) noexcept = default;
+    ScopedReference& operator=(ScopedReference&&) noexcept = default;
+    ScopedReference(const ScopedReference& other) : Base(other.Get()) {
+        if (other) other->AddRef();
+    }
+    ScopedReference& operator=(const ScopedReference& other) {
+        return *this = ScopedReference(other);
+    }
+    ~ScopedReference() = default;
+
     T* operator->() const { return this->Get(); }
+    // Asks the object for another interface. A failure leaves `other` null.
+    template <class Other>
+    HRESULT Query(REFIID id, ScopedReference<Other>& other) const {
+        return this->Get()->QueryInterface(id, reinterpret_cast<void**>(other.Receive()));
+    }
+};
+
+// COM on the thread that made it, which also ends it. Uninitialises only what it has initialised
+// itself: not where the thread had COM before.
+class ScopedCom {
+  public:
+    ScopedCom() = default;
+    ScopedCom(const ScopedCom&) = delete;
+    ScopedCom& operator=(const ScopedCom&) = delete;
+    ~ScopedCom() { Uninitialise(); }
+
+    // Whether COM can be used: also when it was initialised before, in whatever way.
+    HRESULT Initialise() {
+        const HRESULT result = CoInitialize(nullptr);
+        if (result == S_OK) m_isOwed = true;
+        return result == RPC_E_CHANGED_MODE ? S_FALSE : result;
+    }
+    void Uninitialise() {
+        if (m_isOwed) CoUninitialize();
+        m_isOwed = false;
+    }
+
+  private:
+    bool m_isOwed = false;
 };

@@ -8,7 +8,7 @@
 #include "AutoClasses.h"
 
 struct HelpDocument {
-    bool comInitialized = false;                // a CoUninitialize is owed
+    ScopedCom com;
     ScopedReference<IXMLDOMDocument> document;  // null when anything failed
 };
 
@@ -18,10 +18,13 @@ void LoadHelpDocument(HelpDocument& help);
 // Releases the document and, if it is owed, uninitialises COM.
 void ReleaseHelpDocument(HelpDocument& help);
 
+// Shows a topic of the library's help in a control, with the background of all help panes.
+void ShowHelp(HWND richEdit, LPCWSTR key, LPCWSTR suffix = nullptr);
+// Shows a sentence of the library's own in a help pane, which needs no help file.
+void ShowHelpSentence(HWND richEdit, LPCWSTR sentence);
+
 // Shows the first element named `key` (less a leading '*') followed by `suffix`, which may be null.
 // `help` may be null. Without such an element the control is emptied.
 void ShowHelpTopic(const HelpDocument* help, HWND richEdit, LPCWSTR key, LPCWSTR suffix);
-// Gives the control the background of all help panes.
-void PrepareHelpControl(HWND richEdit);
 // Shows what stands in `text` from its first '{' on as Rich Text Format; without one, nothing.
 void SetRichEditText(HWND richEdit, LPCWSTR text);

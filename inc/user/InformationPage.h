@@ -2,7 +2,6 @@
 // What the sheet is given of the Information tab.
 
 #include <windows.h>
-#include <prsht.h>
 #include <memory>
 
 #include "SheetPage.h"
@@ -11,7 +10,5 @@
 // copied. Null when memory runs out.
 std::unique_ptr<SheetPage> NewInformationPage(LPCWSTR classKeyPath);
 
-// The page's lParam is a SheetPage*.
-INT_PTR CALLBACK InformationDialogProc(HWND page, UINT message, WPARAM wParam, LPARAM lParam);
-// Frees the page object when the sheet releases the page.
-UINT CALLBACK InformationPageCallback(HWND page, UINT message, PROPSHEETPAGEW* sheetPage);
+inline constexpr PageProcedures kInformationProcedures =
+    kPageProcedures<InPageTable<&LibraryState::informationPages>>;

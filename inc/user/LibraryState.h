@@ -31,3 +31,6 @@ struct LibraryState {
 
 // The record. Only while the library is attached.
 LibraryState& Library();
+// For the entry point alone: makes the record at process attach, and takes it away at detach.
+void MakeLibraryState(HINSTANCE module);
+void DropLibraryState();

@@ -1,9 +1,17 @@
 #pragma once
-// The Performance tab's two entry points for the sheet. Its page object is the AdapterContext.
+// What the sheet is given of the Performance tab.
 
 #include <windows.h>
-#include <prsht.h>
+#include <setupapi.h>
+#include <memory>
 
-INT_PTR CALLBACK PerformanceDialogProc(HWND page, UINT message, WPARAM wParam, LPARAM lParam);
-// Frees the context when the sheet releases the page.
-UINT CALLBACK PerformancePageCallback(HWND page, UINT message, PROPSHEETPAGEW* sheetPage);
+#include "AdapterIdentity.h"
+#include "SheetPage.h"
+
+// The tab's page object for the adapter; copies its identity and takes over the interface's detail.
+// Null when memory runs out.
+std::unique_ptr<SheetPage> NewPerformancePage(
+    const AdapterIdentity& identity,
+    ScopedLocal<SP_DEVICE_INTERFACE_DETAIL_DATA_W> interfaceDetail);
+
+inline constexpr PageProcedures kPerformanceProcedures = kPageProcedures<InWindow>;

@@ -1,9 +1,7 @@
 #pragma once
-// The Port Protocol tab of the device that carries a card's ports, as the frame hands it to the
-// sheet. The sheet's thread.
+// What the sheet is given of the Port Protocol tab of the device that carries a card's ports.
 
 #include <windows.h>
-#include <prsht.h>
 #include <setupapi.h>
 #include <memory>
 
@@ -13,6 +11,5 @@
 // three are copied. Null when memory runs out.
 std::unique_ptr<SheetPage> NewPortProtocolPage(LPCWSTR classKeyPath, LPCWSTR deviceInstanceId,
                                                const SP_DEVINFO_DATA& device);
-INT_PTR CALLBACK PortProtocolDialogProc(HWND page, UINT message, WPARAM wParam, LPARAM lParam);
-// Frees the page object when the sheet releases the page.
-UINT CALLBACK PortProtocolPageCallback(HWND page, UINT message, PROPSHEETPAGEW* sheetPage);
+inline constexpr PageProcedures kPortProtocolProcedures =
+    kPageProcedures<InPageTable<&LibraryState::portProtocolPages>>;

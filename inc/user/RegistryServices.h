@@ -2,12 +2,7 @@
 // Small registry operations that several tabs need. Any thread. Paths are below HKEY_LOCAL_MACHINE.
 
 #include <windows.h>
-
-// The one reader of text values. Fills `buffer` of `capacity` characters, always terminated, from a
-// value of any type and at most `limit` bytes, taken as text up to its first terminator; an odd
-// last byte is the low one of a character. Borrows the key. ERROR_MORE_DATA: longer than limit or
-// buffer; else the system's error. On failure `buffer` is empty.
-LONG ReadRegistryText(HKEY key, LPCWSTR name, LPWSTR buffer, size_t capacity, DWORD limit);
+#include <cstddef>
 
 // Reads a value of any type into `buffer` of `*size` bytes; on success `*size` is its length in
 // bytes. Nothing is terminated.
@@ -27,12 +22,3 @@ bool IsMuxPackagePresent();
 // GUID text.
 bool HasUpperBindings(LPCWSTR adapter);
 bool HasTeamDeviceName(LPCWSTR adapter);
-
-inline constexpr WCHAR kVendorKey[] = TEXT("SOFTWARE\\Corvanta");
-inline constexpr WCHAR kInstalledPath[] =
-    TEXT("InstalledPath");  // a value of it, ends with a backslash
-inline constexpr WCHAR kClassRoot[] = TEXT("SYSTEM\\CurrentControlSet\\Control\\Class");
-inline constexpr WCHAR kEnumRoot[] = TEXT("SYSTEM\\CurrentControlSet\\Enum");
-// Entries of the MUX driver, one a lower object, by GUID text.
-inline constexpr WCHAR kMuxAdaptersRoot[] =
-    TEXT("SYSTEM\\CurrentControlSet\\Services\\MUXP\\Parameters\\Adapters");

@@ -27,11 +27,10 @@ TEST(InformationFile, HoldsALineForEachRowWhateverItsTextIs) {
         drive.WriteWholeFile(u"C:\\x.log", std::string(5000, '?'));  // replaced
         InformationRows rows = {};
         for (InformationRow& row : rows) {
-            SetInformationText(row.label, u"Label");
-            SetInformationText(row.value, c.value.c_str());
+            std::u16string(u"Label").copy(row.label, 5);
+            c.value.copy(row.value, c.value.size());
         }
-        DWORD error = 0;
-        EXPECT_EQ(SaveRows(u"C:\\x.log", rows, &error), 0u);
+        EXPECT_FALSE(SaveRows(u"C:\\x.log", rows));
         std::string expected = "\xEF\xBB\xBF";
         for (std::size_t i = 0; i < rows.size(); ++i)
             expected += "Label : " + platform::ToUtf8(c.line) + "\r\n";

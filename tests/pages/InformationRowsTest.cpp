@@ -10,7 +10,9 @@ constexpr char16_t kNone[] = u"     -     ";
 struct Adapter final : TestMachine, RefreshObserver {
     explicit Adapter(const Sample& described = FullSample()) : TestMachine(described) { Attach(); }
     bool StopRequested() override { return asked++ == stopAt; }
-    void Report(UINT message, DWORD error) override { reports.emplace_back(message, error); }
+    void Report(const UserFailure& failure) override {
+        reports.emplace_back(failure.message, failure.error);
+    }
 
     bool Refresh(const std::u16string& name = Wide(Sample::Guid(1))) {
         const std::u16string key = Wide(Sample::ClassKey(1));

@@ -61,7 +61,7 @@ TEST(PortRendering, FollowsTheCapabilitiesOfEachPort) {
         EXPECT_EQ(IsSinglePort(flag), single) << flag;
         for (const PortType type1 : kTypes) {
             for (const PortType type2 : kTypes) {
-                const PortControls shown = RenderPortControls({flag, single}, {type1, type2});
+                const PortControls shown = PortControlsFor({flag, single}, {type1, type2});
                 const bool hardware = type1 == ePORT_TYPE_NONE;
                 const char* port1 = hardware ? kNothing : Expected(flag, kMasks[0], type1);
                 const char* port2 =

@@ -2,49 +2,11 @@
 
 #include <vector>
 
-#include "AutoClasses.h"
 #include "Drive.h"
 #include "Fixture.h"
 #include "TestWindow.h"
 
 namespace {
-
-constexpr char kTestKey[] = "SOFTWARE\\Test";
-
-TEST(ReadRegistryText, TakesWhateverAValueHolds) {
-    const struct {
-        const char* line;
-        std::size_t capacity;  // characters
-        DWORD limit;           // bytes
-        LONG error;
-        const char16_t* text;
-        const char* reason;
-    } rows[] = {
-        {R"("v"="abc")", 10, 520, 0, u"abc", "an ordinary text"},
-        {R"("v"="abc")", 4, 520, 0, u"abc", "it just fits the buffer"},
-        {R"("v"="abc")", 3, 520, ERROR_MORE_DATA, u"", "longer than the buffer"},
-        {R"("v"="abc")", 10, 7, ERROR_MORE_DATA, u"", "longer than the limit"},
-        {R"("v"=hex(2):25,00,61,00,25,00,00,00)", 10, 520, 0, u"%a%", "expandable, not expanded"},
-        {R"("v"=hex(1):61,00,62,00)", 3, 520, 0, u"ab", "no terminator, room for one"},
-        {R"("v"=hex(1):61,00,62,00)", 2, 520, ERROR_MORE_DATA, u"", "no terminator, no room"},
-        {R"("v"=hex(1):61,00,62,00,63)", 3, 520, ERROR_MORE_DATA, u"", "an odd last byte, no room"},
-        {R"("v"=hex(1):)", 10, 520, 0, u"", "no data"},
-        {R"("v"=hex(1):61,00,00,00,62,00,00,00)", 10, 520, 0, u"a", "text behind a terminator"},
-        {R"("w"="abc")", 10, 520, ERROR_FILE_NOT_FOUND, u"", "absent"},
-    };
-    for (const auto& row : rows) {
-        SCOPED_TRACE(row.reason);
-        TestMachine test(Sample().With(kTestKey, row.line));
-        ScopedRegKey key;
-        ASSERT_EQ(
-            RegOpenKeyExW(HKEY_LOCAL_MACHINE, Wide(kTestKey).c_str(), 0, KEY_READ, key.Receive()),
-            ERROR_SUCCESS);
-        std::vector<WCHAR> buffer(row.capacity, u'x');
-        EXPECT_EQ(ReadRegistryText(key.Get(), u"v", buffer.data(), buffer.size(), row.limit),
-                  row.error);
-        EXPECT_EQ(std::u16string(buffer.data()), row.text);
-    }
-}
 
 TEST(MuxInstallDir, AFailureIsGivenAndWithAnOwnerShown) {
     const struct {

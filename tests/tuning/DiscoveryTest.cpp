@@ -20,10 +20,17 @@ std::string Quoted(const std::string& text) {
     return '"' + std::regex_replace(text, std::regex("\\\\"), "$&$&") + '"';
 }
 
+bool GetKeysInfo(AdapterContext& context) {
+    DiscoveryFailure failure;
+    const bool found = GetKeysInfo(context, failure);
+    EXPECT_EQ(found, failure.text[0] == 0) << "a failure has its reason";
+    return found;
+}
+
 AdapterContext ContextOf(int port = 1) {
     AdapterContext context;
     const std::u16string path = Wide(Sample::ClassKey(port));
-    path.copy(context.classKeyPath, path.size());
+    path.copy(context.identity.classKeyPath, path.size());
     return context;
 }
 
@@ -118,7 +125,7 @@ TEST(FindAdapter, ComparesWithoutRegardToCase) {
                                       ARRAYSIZE(guid)),
               ERROR_SUCCESS);
     EXPECT_EQ(std::u16string(guid), Wide(Sample::Guid(2)));
-    ScopedRegKey key;
+    RegistryKey key;
     EXPECT_EQ(FindAdapterByGuid(nullptr, u"{a12f7e08-5d3c-4b9a-9c41-3e5f20d7b811}", key),
               ERROR_SUCCESS);
 }
@@ -128,7 +135,7 @@ TEST(FindAdapter, LogsAMissingKey) {
     TestMachine test;
     test.machine.faults.FailCalls("RegOpenKeyExW", u"", ERROR_FILE_NOT_FOUND);
     WCHAR guid[kPathCapacity];
-    ScopedRegKey key;
+    RegistryKey key;
     const Lines lines = Logged(test, [&](LogStream* log) {
         EXPECT_EQ(FindAdapterGuidByNetKey(log, u"Name", u"x", guid, kPathCapacity), 2);
         EXPECT_EQ(FindAdapterByGuid(log, u"{x}", key), 2);

@@ -113,12 +113,11 @@ TEST(SetRegistryKeys, TakesFinishedRowsBack) {
     test.Attach();
     test.machine.faults.FailCalls("RegSetValueExW", u"Bad", 5);
     AdapterContext context;
-    ScopedRegKey key;
-    ASSERT_EQ(RegOpenKeyExW(HKEY_LOCAL_MACHINE, Wide(kTcp).c_str(), 0, KEY_READ | KEY_WRITE,
-                            key.Receive()),
-              ERROR_SUCCESS);
+    context.noRegistryChange = 0;
+    RegistryKey key;
+    ASSERT_EQ(key.Open(Wide(kTcp).c_str(), KEY_READ | KEY_WRITE), ERROR_SUCCESS);
     const Lines lines = Logged(test, [&](LogStream* log) {
-        EXPECT_FALSE(SetRegistryKeys(log, rows, key.Get(), context, nullptr, Wide(kTcp).c_str()));
+        EXPECT_FALSE(SetRegistryKeys(log, rows, key, context, nullptr, Wide(kTcp).c_str()));
     });
     EXPECT_EQ(lines, Lines({"New Registry entry " + kTcp + "\\Missing added with value 0x1",
                             "Change Registry value " + kTcp + "\\Old from 0x2a to 0x2",

@@ -36,8 +36,8 @@ struct OpenPort : TuningAdapter {
         present = true;
         isEthernet = ethernet;
         number = static_cast<BYTE>(port);
-        EXPECT_EQ(RegOpenKeyExW(HKEY_LOCAL_MACHINE, Wide(Sample::ClassKey(port)).c_str(), 0,
-                                KEY_READ | KEY_SET_VALUE | KEY_CREATE_SUB_KEY, key.Receive()),
+        EXPECT_EQ(key.Open(Wide(Sample::ClassKey(port)).c_str(),
+                           KEY_READ | KEY_SET_VALUE | KEY_CREATE_SUB_KEY),
                   ERROR_SUCCESS);
     }
     void Named(const std::string& name) { Wide(name).copy(connectionName, name.size()); }

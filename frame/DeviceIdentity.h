@@ -5,16 +5,16 @@
 #include <windows.h>
 #include <setupapi.h>
 
-#include "AdapterContext.h"
+#include "AdapterIdentity.h"
 
-// Fills the two texts of the context, all of the flags, and the detail of the device's interface.
+// Fills the identity, all of the flags, and the detail of the device's interface.
 bool GetDeviceInterfaceDetail(const SP_PROPSHEETPAGE_REQUEST& request,
                               ScopedLocal<SP_DEVICE_INTERFACE_DETAIL_DATA_W>& interfaceDetail,
-                              AdapterContext& context, AdapterFlags& flags);
+                              AdapterIdentity& identity, AdapterFlags& flags);
 
 // The device that carries the ports of a card.
 struct BusDevice {
     WCHAR instanceId[200] = {};
-    WCHAR classKeyPath[kPathCapacity] = {};  // below HKEY_LOCAL_MACHINE
+    RegistryPath classKeyPath = {};  // below HKEY_LOCAL_MACHINE
 };
 bool IdentifyBusDevice(const SP_PROPSHEETPAGE_REQUEST& request, BusDevice& bus);

@@ -1,4 +1,4 @@
-#include "AdapterIdentity.h"
+#include "DeviceIdentity.h"
 
 #include "DeviceRequest.h"
 #include "Fixture.h"
@@ -12,7 +12,7 @@ const std::string kMuxEntry = kMuxKey + "\\" + Sample::Guid(1);
 
 struct Identity {
     bool found = false;
-    AdapterContext context;
+    AdapterIdentity adapter;
     AdapterFlags flags;
     ScopedLocal<SP_DEVICE_INTERFACE_DETAIL_DATA_W> detail;
 };
@@ -21,7 +21,7 @@ Identity Identify(const TestMachine& test) {
     const DeviceRequest device(Wide(test.sample.InstanceId(1)));
     Identity identity;
     identity.found =
-        GetDeviceInterfaceDetail(device.request, identity.detail, identity.context, identity.flags);
+        GetDeviceInterfaceDetail(device.request, identity.detail, identity.adapter, identity.flags);
     return identity;
 }
 
@@ -39,19 +39,19 @@ std::string FlagsOf(const Sample& sample) {
     return text.empty() ? "-" : text;
 }
 
-TEST(AdapterIdentity, ReadsWhoTheAdapterIs) {
+TEST(DeviceIdentity, ReadsWhoTheAdapterIs) {
     TestMachine test;
     const Identity identity = Identify(test);
     ASSERT_TRUE(identity.found);
-    EXPECT_EQ(std::u16string(identity.context.netCfgInstanceId), Wide(Sample::Guid(1)));
-    EXPECT_EQ(std::u16string(identity.context.classKeyPath), Wide(Sample::ClassKey(1)));
+    EXPECT_EQ(std::u16string(identity.adapter.netCfgInstanceId), Wide(Sample::Guid(1)));
+    EXPECT_EQ(std::u16string(identity.adapter.classKeyPath), Wide(Sample::ClassKey(1)));
     EXPECT_EQ(std::u16string(identity.flags.deviceInstanceId.Get()),
               Wide(test.sample.InstanceId(1)));
     ASSERT_TRUE(identity.detail);
     EXPECT_NE(identity.detail.Get()->DevicePath[0], 0);
 }
 
-TEST(AdapterIdentity, TheMuxEntryTellsTheRole) {
+TEST(DeviceIdentity, TheMuxEntryTellsTheRole) {
     const struct {
         std::string key;
         const char* line;
@@ -74,7 +74,7 @@ TEST(AdapterIdentity, TheMuxEntryTellsTheRole) {
     }
 }
 
-TEST(AdapterIdentity, RegistryTextsAreCheckedBeforeUse) {
+TEST(DeviceIdentity, RegistryTextsAreCheckedBeforeUse) {
     const std::string x(260, 'x');
     const std::string classKey = Sample::ClassKey(1);
     const struct {

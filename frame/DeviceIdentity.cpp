@@ -1,11 +1,9 @@
-#include "AdapterIdentity.h"
+#include "DeviceIdentity.h"
 
 #include <string_view>
 #include <utility>
 
-#include "RegistryServices.h"
-
-#include <strsafe.h>
+#include "RegistryKey.h"
 
 namespace {
 
@@ -24,22 +22,15 @@ bool EqualNoCase(Text a, Text b) {
 }
 
 struct DeviceKeys {
-    ScopedRegKey enumRoot;
-    ScopedRegKey classRoot;
-    ScopedRegKey instance;
+    RegistryKey enumRoot;
+    RegistryKey classRoot;
+    RegistryKey instance;
 };
 
 bool OpenDeviceKeys(LPCWSTR instanceId, DeviceKeys& keys) {
-    return RegOpenKeyExW(HKEY_LOCAL_MACHINE, kEnumRoot, 0, KEY_READ, keys.enumRoot.Receive()) ==
-               ERROR_SUCCESS &&
-           RegOpenKeyExW(HKEY_LOCAL_MACHINE, kClassRoot, 0, KEY_ALL_ACCESS,
-                         keys.classRoot.Receive()) == ERROR_SUCCESS &&
-           RegOpenKeyExW(keys.enumRoot.Get(), instanceId, 0, KEY_READ, keys.instance.Receive()) ==
-               ERROR_SUCCESS;
-}
-
-bool MakeClassKeyPath(WCHAR (&path)[kPathCapacity], LPCWSTR driver) {
-    return SUCCEEDED(StringCchPrintfW(path, kPathCapacity, TEXT("%s\\%s"), kClassRoot, driver));
+    return keys.enumRoot.Open(kEnumRoot, KEY_READ) == ERROR_SUCCESS &&
+           keys.classRoot.Open(kClassRoot, KEY_ALL_ACCESS) == ERROR_SUCCESS &&
+           keys.instance.Open(keys.enumRoot.Get(), instanceId, KEY_READ) == ERROR_SUCCESS;
 }
 
 // The instance id in a block of its own, or null.
@@ -56,22 +47,18 @@ ScopedLocal<WCHAR> ReadInstanceId(const SP_PROPSHEETPAGE_REQUEST& request) {
     return id;
 }
 
-// What the registry says of the adapter: the two texts of the context, and its service.
-bool ReadAdapterKeys(LPCWSTR instanceId, AdapterContext& context, WCHAR (&service)[kPathCapacity]) {
+// What the registry says of the adapter: its identity and its service.
+bool ReadAdapterKeys(LPCWSTR instanceId, AdapterIdentity& identity,
+                     WCHAR (&service)[kPathCapacity]) {
     DeviceKeys keys;
     WCHAR driver[kPathCapacity];
-    ScopedRegKey classKey;
+    RegistryKey classKey;
     return OpenDeviceKeys(instanceId, keys) &&
-           ReadRegistryText(keys.instance.Get(), TEXT("Service"), service, ARRAYSIZE(service),
-                            kAdapterTextLimit) == ERROR_SUCCESS &&
-           ReadRegistryText(keys.instance.Get(), TEXT("Driver"), driver, ARRAYSIZE(driver),
-                            kAdapterTextLimit) == ERROR_SUCCESS &&
-           RegOpenKeyExW(keys.classRoot.Get(), driver, 0, KEY_READ, classKey.Receive()) ==
-               ERROR_SUCCESS &&
-           ReadRegistryText(classKey.Get(), TEXT("NetCfgInstanceId"), context.netCfgInstanceId,
-                            ARRAYSIZE(context.netCfgInstanceId),
-                            sizeof(context.netCfgInstanceId)) == ERROR_SUCCESS &&
-           MakeClassKeyPath(context.classKeyPath, driver);
+           keys.instance.ReadText(TEXT("Service"), service, kAdapterTextLimit) == ERROR_SUCCESS &&
+           keys.instance.ReadText(TEXT("Driver"), driver, kAdapterTextLimit) == ERROR_SUCCESS &&
+           classKey.Open(keys.classRoot.Get(), driver, KEY_READ) == ERROR_SUCCESS &&
+           classKey.ReadText(kNetCfgInstanceId, identity.netCfgInstanceId) == ERROR_SUCCESS &&
+           MakeClassKeyPath(identity.classKeyPath, driver);
 }
 
 // The detail of the device's interface of its own class, in a block of its own, or null.
@@ -98,19 +85,21 @@ ScopedLocal<SP_DEVICE_INTERFACE_DETAIL_DATA_W> ReadInterfaceDetail(
     return detail;
 }
 
+// The adapter's entry in the MUX driver's tree. hasTree: the tree is there.
+LONG OpenMuxEntry(LPCWSTR netCfgInstanceId, RegistryKey& entry, bool& hasTree) {
+    RegistryKey adapters;
+    const LONG error = adapters.Open(kMuxAdaptersRoot, KEY_READ);
+    hasTree = error == ERROR_SUCCESS;
+    return hasTree ? entry.Open(adapters.Get(), netCfgInstanceId, KEY_READ) : error;
+}
+
 bool ClassifyVirtualMiniport(LPCWSTR netCfgInstanceId, AdapterFlags& flags) {
-    ScopedRegKey adapters;
-    ScopedRegKey entry;
-    if (RegOpenKeyExW(HKEY_LOCAL_MACHINE, kMuxAdaptersRoot, 0, KEY_READ, adapters.Receive()) !=
-        ERROR_SUCCESS)
-        return false;
-    LONG error = RegOpenKeyExW(adapters.Get(), netCfgInstanceId, 0, KEY_READ, entry.Receive());
-    if (error == ERROR_SUCCESS) {
-        DWORD teamType = 0;
-        DWORD size = sizeof(teamType);
-        error = RegQueryValueExW(entry.Get(), TEXT("TeamType"), nullptr, nullptr,
-                                 reinterpret_cast<BYTE*>(&teamType), &size);
-    }
+    RegistryKey entry;
+    bool hasTree = false;
+    LONG error = OpenMuxEntry(netCfgInstanceId, entry, hasTree);
+    if (!hasTree) return false;
+    DWORD teamType = 0;
+    if (error == ERROR_SUCCESS) error = entry.ReadDword(TEXT("TeamType"), teamType);
     // Without an entry or a team type it is a VLAN.
     flags.isTeamMiniport = error == ERROR_SUCCESS;
     flags.isVlanMiniport = error == ERROR_FILE_NOT_FOUND;
@@ -118,20 +107,14 @@ bool ClassifyVirtualMiniport(LPCWSTR netCfgInstanceId, AdapterFlags& flags) {
 }
 
 bool CheckTeamMembership(LPCWSTR netCfgInstanceId, AdapterFlags& flags) {
-    flags.isTeamMember = false;
-    ScopedRegKey adapters;
-    ScopedRegKey entry;
-    if (RegOpenKeyExW(HKEY_LOCAL_MACHINE, kMuxAdaptersRoot, 0, KEY_READ, adapters.Receive()) !=
-        ERROR_SUCCESS)
-        return true;
-    const LONG error =
-        RegOpenKeyExW(adapters.Get(), netCfgInstanceId, 0, KEY_READ, entry.Receive());
-    if (error == ERROR_FILE_NOT_FOUND) return true;
+    RegistryKey entry;
+    bool hasTree = false;
+    const LONG error = OpenMuxEntry(netCfgInstanceId, entry, hasTree);
+    if (!hasTree || error == ERROR_FILE_NOT_FOUND) return true;
     if (error != ERROR_SUCCESS) return false;
     DWORD size = 0;
-    flags.isTeamMember = RegQueryValueExW(entry.Get(), TEXT("TeamDeviceName"), nullptr, nullptr,
-                                          nullptr, &size) == ERROR_SUCCESS &&
-                         size != 0;
+    flags.isTeamMember =
+        entry.QuerySize(TEXT("TeamDeviceName"), size) == ERROR_SUCCESS && size != 0;
     return true;
 }
 
@@ -139,12 +122,12 @@ bool CheckTeamMembership(LPCWSTR netCfgInstanceId, AdapterFlags& flags) {
 
 bool GetDeviceInterfaceDetail(const SP_PROPSHEETPAGE_REQUEST& request,
                               ScopedLocal<SP_DEVICE_INTERFACE_DETAIL_DATA_W>& interfaceDetail,
-                              AdapterContext& context, AdapterFlags& flags) {
+                              AdapterIdentity& identity, AdapterFlags& flags) {
     ScopedLocal<WCHAR> instanceId = ReadInstanceId(request);
     if (!instanceId) return false;
 
     WCHAR service[kPathCapacity];
-    if (!ReadAdapterKeys(instanceId.Get(), context, service)) return false;
+    if (!ReadAdapterKeys(instanceId.Get(), identity, service)) return false;
     const bool isMuxMiniport = EqualNoCase(service, kMuxService);
     flags.isIpoib = EqualNoCase(Text(service).substr(0, kIpoibService.size()), kIpoibService);
 
@@ -159,8 +142,9 @@ bool GetDeviceInterfaceDetail(const SP_PROPSHEETPAGE_REQUEST& request,
 
     flags.isVlanMiniport = false;
     flags.isTeamMiniport = false;
-    return isMuxMiniport ? ClassifyVirtualMiniport(context.netCfgInstanceId, flags)
-                         : CheckTeamMembership(context.netCfgInstanceId, flags);
+    flags.isTeamMember = false;
+    return isMuxMiniport ? ClassifyVirtualMiniport(identity.netCfgInstanceId, flags)
+                         : CheckTeamMembership(identity.netCfgInstanceId, flags);
 }
 
 bool IdentifyBusDevice(const SP_PROPSHEETPAGE_REQUEST& request, BusDevice& bus) {
@@ -171,7 +155,6 @@ bool IdentifyBusDevice(const SP_PROPSHEETPAGE_REQUEST& request, BusDevice& bus) 
     // One more than the value's limit, for the terminator that it may lack.
     WCHAR driver[kBusDriverLimit / sizeof(WCHAR) + 1];
     return OpenDeviceKeys(bus.instanceId, keys) &&
-           ReadRegistryText(keys.instance.Get(), TEXT("Driver"), driver, ARRAYSIZE(driver),
-                            kBusDriverLimit) == ERROR_SUCCESS &&
+           keys.instance.ReadText(TEXT("Driver"), driver, kBusDriverLimit) == ERROR_SUCCESS &&
            MakeClassKeyPath(bus.classKeyPath, driver);
 }
