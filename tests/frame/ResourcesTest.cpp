@@ -1,67 +1,64 @@
-// The library's resources, read from the compiled file.
+// The dialogs of the compiled resources, as a person without a mouse uses them.
+
+#include <gtest/gtest.h>
+
+#include <algorithm>
+#include <set>
 
 #include "Dialogs.h"
-
-#include "Fixture.h"
 #include "LibraryImage.h"
-#include "Resources.h"
 #include "Text.h"
-#include "resource.h"
 
 namespace {
 
-std::span<const BYTE> FindDialog(WORD name) {
-    for (const auto& each : platform::ParseResources(LibraryImage().resources))
-        if (each.type == platform::ResourceName(WORD{5}) &&
-            each.name == platform::ResourceName(name))
-            return each.data;
-    return {};
+using Control = platform::DialogTemplate::Control;
+
+bool IsButton(const Control& control, DWORD type) {
+    return control.className == u"BUTTON" && (control.style & BS_TYPEMASK) == type;
 }
 
-TEST(Resources, ThePerformanceDialogsHoldTheirControlsInOrder) {
-    constexpr DWORD none = 0xFFFFFFFF;
-    constexpr DWORD choice = BS_AUTORADIOBUTTON;
-    constexpr DWORD starts = WS_GROUP | WS_TABSTOP;
-    const struct {
-        DWORD id, style;  // beside a visible child's
-        const char16_t *className, *text;
-    } rows[] = {
-        {none, WS_GROUP, u"STATIC", u"Performance Tuning Tool"},
-        {none, SS_BITMAP | SS_REALSIZECONTROL, u"STATIC", nullptr},
-        {1089, BS_GROUPBOX, u"BUTTON", u"Tuning Scenario:"},
-        {1086, choice | starts, u"BUTTON", u"Single port traffic"},
-        {1087, choice, u"BUTTON", u"Dual port traffic"},
-        {1088, choice, u"BUTTON", u"Forwarding traffic"},
-        {1096, choice, u"BUTTON", u"Multicast traffic"},
-        {1098, choice, u"BUTTON", u"Single stream traffic"},
-        {1095, choice, u"BUTTON", u"[Default] Balanced tuning"},
-        {1090, BS_PUSHBUTTON | starts, u"BUTTON", u"Run Tuning"},
-        {1049, ES_MULTILINE | ES_READONLY | WS_VSCROLL | WS_BORDER | WS_TABSTOP, u"RICHEDIT20W",
-         u""},
-    };
-    for (const WORD id : {WORD{IDD_PERFORMANCE_IPOIB}, WORD{IDD_PERFORMANCE_ETH}}) {
-        SCOPED_TRACE(id);
-        const auto dialog = platform::ParseDialogTemplate(FindDialog(id));
+bool TakesFocus(const Control& control) {
+    return control.className != u"STATIC" && !IsButton(control, BS_GROUPBOX);
+}
+
+// Buttons have an access key, and so do labels: a text directly before a control without one, and a
+// group box around the next control.
+bool NeedsKey(std::span<const Control> controls) {
+    const Control& first = controls.front();
+    if (TakesFocus(first)) return first.className == u"BUTTON";
+    const auto next = std::find_if(controls.begin() + 1, controls.end(), TakesFocus);
+    if (next == controls.end()) return false;
+    if (first.className == u"BUTTON") return next->rect.bottom < first.rect.bottom;
+    return next == controls.begin() + 1 && next->className != u"BUTTON";
+}
+
+TEST(Dialogs, AreUsableFromTheKeyboard) {
+    for (const auto& resource : platform::ParseResources(LibraryImage().resources)) {
+        if (resource.type != platform::ResourceName(WORD{5})) continue;
+        const auto dialog = platform::ParseDialogTemplate(resource.data);
         ASSERT_TRUE(dialog);
-        EXPECT_EQ(dialog->rect.right - dialog->rect.left, 249);
-        EXPECT_EQ(dialog->rect.bottom - dialog->rect.top, 226);
-        EXPECT_EQ(dialog->title, u"Performance");
-        EXPECT_EQ(dialog->fontSize, 8);
-        auto control = dialog->controls.begin();
-        for (const auto& row : rows) {
-            SCOPED_TRACE(row.id);
-            if (row.id == IDC_SINGLE_STREAM && id == IDD_PERFORMANCE_IPOIB) continue;
-            ASSERT_NE(control, dialog->controls.end());
-            EXPECT_EQ(control->id, row.id);
-            EXPECT_EQ(control->className, row.className);
-            EXPECT_EQ(control->style, WS_CHILD | WS_VISIBLE | row.style);
-            if (row.text)
-                EXPECT_EQ(control->text, platform::ResourceName(std::u16string(row.text)));
-            else
-                EXPECT_EQ(control->text, platform::ResourceName(WORD{IDB_PERFORMANCE}));
-            ++control;
+        std::set<int> keys = {'A', 'H'};    // the sheet's own: Apply, Help
+        const Control* previous = nullptr;  // of those that take the focus
+        const std::span<const Control> controls = dialog->controls;
+        for (size_t i = 0; i < controls.size(); ++i) {
+            const Control& control = controls[i];
+            const auto* name = std::get_if<std::u16string>(&control.text);
+            const std::string text = name ? platform::ToUtf8(*name) : "";
+            SCOPED_TRACE(platform::ToUtf8(dialog->title) + ": " + text);
+            const size_t mark = text.find('&');
+            EXPECT_EQ(mark != text.npos, !text.empty() && NeedsKey(controls.subspan(i)));
+            EXPECT_TRUE(mark == text.npos || keys.insert(std::toupper(text[mark + 1])).second);
+            if (!TakesFocus(control)) continue;
+
+            // The tab key leads from group to group, the arrow keys through the radio buttons.
+            const bool continues = IsButton(control, BS_AUTORADIOBUTTON) && i > 0 &&
+                                   IsButton(controls[i - 1], BS_AUTORADIOBUTTON);
+            constexpr DWORD starts = WS_GROUP | WS_TABSTOP;
+            EXPECT_EQ(control.style & starts, continues ? 0 : starts);
+            EXPECT_TRUE(!previous || control.rect.top >= previous->rect.bottom ||
+                        control.rect.left >= previous->rect.right);
+            previous = &control;
         }
-        EXPECT_EQ(control, dialog->controls.end());
     }
 }
 
