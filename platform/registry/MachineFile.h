@@ -29,8 +29,13 @@ std::optional<MachineFileError> LoadMachineFile(Machine& machine, std::string_vi
 // takes the fault rows anew. The clock stays. On an error nothing has changed.
 std::optional<MachineFileError> MergeMachineFile(Machine& machine, std::string_view bytes);
 
-// The machine's registry as Windows writes an export: UTF-16 with byte-order mark and CR LF. A key
-// whose name holds a line break can't be read back, as on Windows.
+// True for a text with a character that a terminal obeys instead of showing it: C0, DEL, C1, and
+// those that change the direction of text.
+bool HasControlCharacter(std::u16string_view text);
+
+// The machine's registry as Windows writes an export: UTF-16 with byte-order mark and CR LF. A text
+// with a control character is written as hex(1). The format has no such form for names: they are
+// written as they are, and a key whose name holds a line break can't be read back, as on Windows.
 std::string SaveMachineFile(Machine& machine);
 
 // The same text in UTF-8, without mark and with LF: the form of a file that people keep. Surrogates

@@ -2,6 +2,7 @@
 
 #include "MachineFile.h"
 
+#include <algorithm>
 #include <bit>
 #include <cstdint>
 #include <cstring>
@@ -32,13 +33,15 @@ bool HasLoneSurrogate(std::u16string_view text) {
     return false;
 }
 
-// The text of a REG_SZ's data that is one text with its terminator, else nothing.
+// The text of a REG_SZ's data that is one text with its terminator and can be printed, else
+// nothing.
 std::optional<std::u16string> PlainText(std::span<const BYTE> data, Surrogates surrogates) {
     if (data.empty() || data.size() % sizeof(char16_t) != 0) return std::nullopt;
     std::u16string text(data.size() / sizeof(char16_t), u'\0');
     std::memcpy(text.data(), data.data(), data.size());
     if (text.find(u'\0') != text.size() - 1) return std::nullopt;
     text.pop_back();
+    if (HasControlCharacter(text)) return std::nullopt;
     if (surrogates == Surrogates::PairedInText && HasLoneSurrogate(text)) return std::nullopt;
     return text;
 }
@@ -123,6 +126,20 @@ void WriteTree(const RegistryTree& tree, std::u16string_view lineEnd, Surrogates
 }
 
 }  // namespace
+
+bool HasControlCharacter(std::u16string_view text) {
+    constexpr struct {
+        char16_t first, last;
+    } ranges[] = {
+        {u'\0', u'\x1F'},       {u'\x7F', u'\x9F'},     {u'\x061C', u'\x061C'},
+        {u'\x200E', u'\x200F'}, {u'\x202A', u'\x202E'}, {u'\x2066', u'\x2069'},
+    };
+    return std::ranges::any_of(text, [&](char16_t unit) {
+        return std::ranges::any_of(ranges, [unit](const auto& range) {
+            return unit >= range.first && unit <= range.last;
+        });
+    });
+}
 
 std::string SaveMachineFile(Machine& machine) {
     std::string bytes = "\xFF\xFE";

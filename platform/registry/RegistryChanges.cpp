@@ -61,7 +61,7 @@ class Comparison {
     void WriteValue(const RegistryValue& value);
     void WriteDeletion(const RegistryValue& value);
     void CheckName(std::u16string_view name) {
-        m_canBeWritten = m_canBeWritten && FromUtf8(ToUtf8(name)) == name;
+        if (HasControlCharacter(name) || FromUtf8(ToUtf8(name)) != name) m_canBeWritten = false;
     }
     bool Counts(const RegistryKey& key) const {
         return !key.IsLink() && !EqualNames(m_path, m_leftOut);
@@ -149,8 +149,6 @@ void Comparison::WriteChangedValues(const RegistryKey& from, const RegistryKey& 
 
 void Comparison::WriteKeyLine(const char* bracket) {
     CheckName(m_path);
-    // The line break would end the key's line.
-    if (m_path.find(u'\n') != std::u16string::npos) m_canBeWritten = false;
     m_text.append("\n").append(bracket).append(ToUtf8(m_path)).append("]\n");
 }
 

@@ -77,7 +77,11 @@ TEST(MachineFileTest, ValuesInEveryFormThatExportsAndPeopleWrite) {
     } cases[] = {
         {"\"a\\\\b\\\"c\"", "\"a\\\\b\\\"c\""},
         {" \"x;y\" ; a comment", "\"x;y\""},
-        {"\"two\r\nlines\n\n\"", "\"two\r\nlines\n\n\""},
+        {"\"2\r\nlines\n\"", "hex(1):32,00,0d,00,0a,00,6c,00,69,00,6e,00,65,00,73,00,0a,00,00,00"},
+        {"\"\x1B[2J\"", "hex(1):1b,00,5b,00,32,00,4a,00,00,00"},   // a terminal's command
+        {"\"\xC2\x9B\"", "hex(1):9b,00,00,00"},                    // the same in one character
+        {"\"\xE2\x80\xAE\"", "hex(1):2e,20,00,00"},                // from right to left
+        {"\"\xC2\xA0\xE2\x80\x8D\"", "\"\xC2\xA0\xE2\x80\x8D\""},  // neither of them
         {"dword:1", "dword:00000001"},
         {"hex:1, A2 ,\\\r\n\t03 ; end", "hex:01,a2,03"},
         {"hex:\\\n; between\n\n  02,", "hex:02"},
