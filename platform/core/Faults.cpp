@@ -1,12 +1,24 @@
 #include "Faults.h"
 
 #include <algorithm>
+#include <limits>
 #include <utility>
 
 #include "Facts.h"
 #include "Text.h"
 
 namespace platform {
+namespace {
+
+// The one call whose name has a blank: "operator new".
+constexpr std::u16string_view operatorName = u"operator ";
+
+// A Windows error or an HRESULT, which may be written as a negative number.
+bool IsError(long long number) {
+    return number >= std::numeric_limits<int>::min() && number <= std::numeric_limits<DWORD>::max();
+}
+
+}  // namespace
 
 void FaultPlan::FailCalls(std::string name, std::u16string argument, DWORD error,
                           std::uint64_t first, std::uint64_t count) {
@@ -39,7 +51,8 @@ bool FaultPlan::SetRows(const std::vector<Row>& rows, std::u16string* badRow) {
             rules.push_back(*kept);
             continue;
         }
-        const std::size_t blank = row.name.find(u' ');
+        const std::size_t start = row.name.starts_with(operatorName) ? operatorName.size() : 0;
+        const std::size_t blank = row.name.find(u' ', start);
         const std::u16string call = row.name.substr(0, blank);
         Rule rule{ToUtf8(call), {}, 0, 1, forever, 0, row};
         if (blank != std::u16string::npos) rule.argument = row.name.substr(blank + 1);
@@ -52,7 +65,7 @@ bool FaultPlan::SetRows(const std::vector<Row>& rows, std::u16string* badRow) {
             numbers.push_back(*number);
         }
         if (call.empty() || fields.empty() || fields.size() > 3 ||
-            numbers.size() != fields.size() ||
+            numbers.size() != fields.size() || !IsError(numbers[0]) ||
             std::any_of(numbers.begin() + 1, numbers.end(), [](long long n) { return n < 1; })) {
             if (badRow) *badRow = row.name;
             return false;

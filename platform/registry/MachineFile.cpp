@@ -1,16 +1,12 @@
 #include "MachineFile.h"
 
-#include <cstdint>
-#include <cstring>
 #include <utility>
 #include <vector>
-
-#include <winnt.h>
 
 #include "LocalTime.h"
 #include "MachineFileReader.h"
 #include "Registry.h"
-#include "Text.h"
+#include "StandInForm.h"
 
 namespace platform {
 namespace {
@@ -19,61 +15,30 @@ constexpr std::u16string_view standIn = u"SOFTWARE\\StandIn";
 constexpr std::u16string_view faultsKey = u"SOFTWARE\\StandIn\\Faults";
 constexpr std::u16string_view timeValue = u"Time";
 
-// A REG_SZ up to its terminator.
-std::optional<std::u16string> TextOf(DWORD type, std::span<const BYTE> data) {
-    if (type != REG_SZ) return std::nullopt;
-    std::u16string text(data.size() / sizeof(char16_t), u'\0');
-    std::memcpy(text.data(), data.data(), text.size() * sizeof(char16_t));
-    return text.substr(0, text.find(u'\0'));
-}
-
-std::optional<FaultPlan::Row> FaultRow(std::u16string_view name, DWORD type,
-                                       std::span<const BYTE> data) {
-    const auto text = TextOf(type, data);
-    if (!text) return std::nullopt;
-    FaultPlan::Row row{std::u16string(name), *text};
-    if (!FaultPlan().SetRows({row})) return std::nullopt;
-    return row;
-}
-
-// Takes the rows of a tree's `Faults` key. Those that the files gave can be read; others count for
-// nothing.
+// Takes the rows of a tree's `Faults` key.
 void TakeFaults(FaultPlan& faults, const RegistryTree& tree) {
     std::vector<FaultPlan::Row> rows;
     if (const auto key = tree.Find(RegistryRoot::LocalMachine, faultsKey)) {
-        for (const RegistryValue& value : key->Values()) {
-            if (auto row = FaultRow(value.Name(), value.Type(), value.Data()))
-                rows.push_back(std::move(*row));
-        }
+        for (const RegistryValue& value : key->Values())
+            rows.push_back({std::u16string(value.Name()), TextOf(value.Data())});
     }
     faults.SetRows(rows);
 }
 
-// Checks the facts that the machine itself takes from a file.
+// Checks what a file says of the stand-in's facts.
 class FactChecker : public MachineFileSink {
   public:
     Refusal OpenKey(RegistryRoot root, std::u16string_view path) override {
-        const bool local = root == RegistryRoot::LocalMachine;
-        m_inStandIn = local && EqualNames(path, standIn);
-        m_inFaults = local && EqualNames(path, faultsKey);
-        return std::nullopt;
+        return m_form.OpenKey(root, path);
     }
     Refusal DeleteKey(RegistryRoot, std::u16string_view) override { return std::nullopt; }
     Refusal SetValue(std::u16string_view name, DWORD type, std::span<const BYTE> data) override {
-        if (m_inFaults) {
-            if (!FaultRow(name, type, data))
-                return "a fault reads \"<call>[ <argument>]\"=\"<error>[,<first>[,<count>]]\"";
-        } else if (m_inStandIn && EqualNames(name, timeValue)) {
-            const auto text = TextOf(type, data);
-            if (!text || !ParseTime(*text)) return "the time reads \"YYYY-MM-DD HH:MM\"";
-        }
-        return std::nullopt;
+        return m_form.CheckValue(name, type, data);
     }
     Refusal DeleteValue(std::u16string_view) override { return std::nullopt; }
 
   private:
-    bool m_inStandIn = false;
-    bool m_inFaults = false;
+    StandInForm m_form;
 };
 
 // Brings a tree to what the file says.
@@ -82,6 +47,7 @@ class TreeWriter : public FactChecker {
     explicit TreeWriter(RegistryTree& tree) : m_tree(tree) {}
 
     Refusal OpenKey(RegistryRoot root, std::u16string_view path) override {
+        if (auto refusal = FactChecker::OpenKey(root, path)) return refusal;
         KeepCommonSteps(root, path);
         std::u16string_view rest = path.substr(m_steps.size() > 1 ? m_steps.back().end : 0);
         for (auto part = NextPathPart(rest); !part.empty(); part = NextPathPart(rest)) {
@@ -89,7 +55,7 @@ class TreeWriter : public FactChecker {
             m_steps.push_back({path.size() - rest.size(), std::move(key)});
         }
         m_path = path;
-        return FactChecker::OpenKey(root, path);
+        return std::nullopt;
     }
     Refusal DeleteKey(RegistryRoot root, std::u16string_view path) override {
         m_steps.clear();
@@ -140,8 +106,7 @@ std::optional<MachineFileError> LoadMachineFile(Machine& machine, std::string_vi
 
     const auto facts = tree.Find(RegistryRoot::LocalMachine, standIn);
     const RegistryValue* time = facts ? facts->FindValue(timeValue) : nullptr;
-    const auto text = time ? TextOf(time->Type(), time->Data()) : std::nullopt;
-    if (const auto start = text ? ParseTime(*text) : std::nullopt)
+    if (const auto start = time ? ParseTime(TextOf(time->Data())) : std::nullopt)
         machine.scheduler.SetStart(*start);
     TakeFaults(machine.faults, tree);
     machine.Get<Registry>().Replace(std::move(tree));

@@ -29,6 +29,12 @@ std::optional<DWORD> NumberOf(const RegistryValue* value) {
 
 }  // namespace
 
+std::u16string TextOf(std::span<const BYTE> data) {
+    std::u16string text(data.size() / sizeof(char16_t), u'\0');
+    if (!text.empty()) std::memcpy(text.data(), data.data(), text.size() * sizeof(char16_t));
+    return text.substr(0, text.find(u'\0'));
+}
+
 const char16_t* RootName(RegistryRoot root) {
     static const char16_t* const names[registryRoots] = {u"HKEY_CLASSES_ROOT", u"HKEY_CURRENT_USER",
                                                          u"HKEY_LOCAL_MACHINE", u"HKEY_USERS",

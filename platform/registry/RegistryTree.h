@@ -37,6 +37,9 @@ struct NameLess {
 // Takes the next part off the front of rest; empty when there is none left.
 std::u16string_view NextPathPart(std::u16string_view& rest);
 
+// The data of a REG_SZ as a text, up to its terminator if it has one.
+std::u16string TextOf(std::span<const BYTE> data);
+
 // One value: name (empty: the key's default value), type and data in a single shared block.
 class RegistryValue {
   public:

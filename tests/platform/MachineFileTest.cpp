@@ -122,8 +122,6 @@ TEST(MachineFileTest, KeysInEveryFormThatExportsAndPeopleWrite) {
 TEST(MachineFileTest, ABrokenFileIsRefusedWithItsLine) {
     const std::string in = kHeader + kKey;  // the next line is the 4th
     const std::string value = in + "\"v\"=";
-    const std::string time = kHeader + "[" + FactsMachine::kStandIn + "]\n\"time\"=";
-    const std::string fault = kHeader + "[" + FactsMachine::kStandIn + "\\FAULTS]\n\"RegX\"=";
     const struct {
         std::string text;
         std::size_t line;
@@ -148,8 +146,9 @@ TEST(MachineFileTest, ABrokenFileIsRefusedWithItsLine) {
         {value + "\"\xC3(\"\n", 4, "UTF-8"},
         {value + std::string("\"a\0\"\n", 5), 4, "NUL"},
         {ToUtf16(FromUtf8(in), false) + "x", 4, "UTF-16"},
-        {time + "\"2026-02-29 08:05\"\n", 4, "time"},
-        {fault + "\"5\"\n\"RegCloseKey\"=\"5,0\"\n", 5, "fault"},
+        {in + "[" + FactsMachine::kStandIn + "]\n\"Time\"=\n", 5, "neither"},
+        {in + "[" + FactsMachine::kStandIn + "]\n\"Time\"=\"8:05\"\n", 5, "Time"},
+        {in + "[" + FactsMachine::kStandIn + "\\Clock]\n", 4, "Clock"},
     };
     for (const auto& row : cases) {
         SCOPED_TRACE(row.text.substr(0, 200));

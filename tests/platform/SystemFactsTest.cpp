@@ -36,7 +36,7 @@ TEST(Version, IsWhatTheFactsOrElseTheExportSay) {
          10, 0, VER_NT_SERVER},
         {"an older export", current("\"CurrentVersion\"=\"6.1\"") + product("lanmannt"), 6, 1,
          VER_NT_DOMAIN_CONTROLLER},
-        {"one number only", FactLines("", "\"Version\"=\"6\""), 0, 0, 0},
+        {"an export that can't be read", current("\"CurrentVersion\"=\"6\""), 0, 0, 0},
     };
     for (const auto& test : kCases) {
         SCOPED_TRACE(test.why);
@@ -77,7 +77,7 @@ TEST(Processors, AreCountedByGroup) {
     const struct {
         const char* why;
         std::string facts;
-        std::vector<DWORD> groups;  // none: the facts can't be read
+        std::vector<DWORD> groups;
     } kCases[] = {
         {"the facts win over the export",
          FactLines("Processors", "\"Groups\"=\"4, 64 ,1\"") + two + environment("6"),
@@ -85,7 +85,6 @@ TEST(Processors, AreCountedByGroup) {
         {"an export with its hardware", two + environment("6"), {2}},
         {"an export without its hardware", environment("130"), {64, 64, 2}},
         {"nothing at all", "", {1}},
-        {"a group that is no number", FactLines("Processors", "\"Groups\"=\"8,x\""), {}},
     };
     for (const auto& test : kCases) {
         SCOPED_TRACE(test.why);
@@ -112,7 +111,6 @@ TEST(Processors, HaveTheNodesOfTheFacts) {
         {"a list that is too short", "\"Groups\"=\"3\"\n\"Nodes\"=\"2\"", {2, 0, 0}, 2},
         {"a query that fails", "\"Groups\"=\"3\"\n\"Nodes\"=\"1,-,0\"", {1, kFails, 0}, 1},
         {"the highest node is told", "\"Groups\"=\"1\"\n\"HighestNode\"=dword:3", {0}, 3},
-        {"a node too large", "\"Groups\"=\"1\"\n\"Nodes\"=\"65536\"", {kFails}, kFails},
     };
     for (const auto& test : kCases) {
         SCOPED_TRACE(test.why);
@@ -127,8 +125,8 @@ TEST(Processors, HaveTheNodesOfTheFacts) {
         }
         EXPECT_EQ(nodes, test.nodes);
         ULONG highest = 0;
-        const BOOL result = GetNumaHighestNodeNumber(&highest);
-        EXPECT_EQ(result ? static_cast<int>(highest) : kFails, test.highest);
+        EXPECT_TRUE(GetNumaHighestNodeNumber(&highest));
+        EXPECT_EQ(static_cast<int>(highest), test.highest);
     }
 }
 

@@ -107,7 +107,7 @@ TEST(Changes, NothingButWhatHasChangedSinceTheSessionBegan) {
         kHeader +
             "[HKEY_LOCAL_MACHINE\\SOFTWARE\\Corvanta]\n\"InstalledPath\"=hex(2):00,00\n"
             "@=\"\"\n[-HKEY_LOCAL_MACHINE\\SOFTWARE\\StandIn\\Interfaces]\n"
-            "[HKEY_LOCAL_MACHINE\\SOFTWARE\\StandIn\\Restarts]\n\"x\"=dword:1\n");
+            "[HKEY_LOCAL_MACHINE\\SOFTWARE\\StandIn\\Restarts]\n\"V\\\\X\\\\1\"=dword:1\n");
     ExpectBothWays(program, program.Machine(), "merge " + edits + "\n", true);
 }
 
