@@ -3,11 +3,11 @@
 #include <cstdio>
 #include <filesystem>
 #include <fstream>
-#include <sstream>
 
 #include "../Transcript.h"
 #include "AccessLayerImage.h"
 #include "Drive.h"
+#include "FileReplacement.h"
 #include "LibraryImage.h"
 #include "MachineFile.h"
 #include "Modules.h"
@@ -32,9 +32,12 @@ std::string ReadWholeFile(const std::string& path) {
     // A folder opens like a file.
     if (!file || std::filesystem::is_directory(path, ignored))
         throw Refusal{path + ": can't be read"};
-    std::ostringstream bytes;
-    bytes << file.rdbuf();
-    return bytes.str();
+    std::string bytes;
+    char block[65536];
+    while (file.read(block, sizeof block), file.gcount() > 0)
+        bytes.append(block, static_cast<std::size_t>(file.gcount()));
+    if (file.bad()) throw Refusal{path + ": can't be read"};
+    return bytes;
 }
 
 void Load(platform::Machine& machine, const Options& options) {
@@ -49,11 +52,7 @@ void Load(platform::Machine& machine, const Options& options) {
 }
 
 void Save(platform::Machine& machine, const std::string& path) {
-    const std::string bytes = platform::SaveMachineFile(machine);
-    std::ofstream file(path, std::ios::binary);
-    file.write(bytes.data(), static_cast<std::streamsize>(bytes.size()));
-    file.close();
-    if (!file) throw Refusal{path + ": can't be written"};
+    ReplaceFileContent(path, platform::SaveMachineFile(machine));
 }
 
 SessionUser::SessionUser(platform::Machine& machine, Session& session)

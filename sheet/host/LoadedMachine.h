@@ -16,7 +16,8 @@ std::string ReadWholeFile(const std::string& path);
 // Fills a fresh machine as the options say: registry, drive C:, modules, trace. Refusal: the
 // machine file or the folder can't be read.
 void Load(platform::Machine& machine, const Options& options);
-// Refusal: the file can't be written.
+// Writes the machine's registry as a machine file, in one step. Refusal: the file can't be written,
+// and is as it was.
 void Save(platform::Machine& machine, const std::string& path);
 
 // Lets a session answer as the machine's user, as long as it lives. Borrows both.

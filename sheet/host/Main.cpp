@@ -5,6 +5,8 @@
 #include <cstdlib>
 #include <fstream>
 #include <iostream>
+#include <new>
+#include <string_view>
 
 #include "../CommandTable.h"
 #include "../Transcript.h"
@@ -18,6 +20,14 @@ namespace {
 
 constexpr int kExitRefused = 2;
 constexpr int kExitStopped = 3;
+
+// Called by the new operators when there is no memory, in whatever thread. Nobody can go on then:
+// what has been saved is whole, and nothing else is written.
+[[noreturn]] void EndWithoutMemory() {
+    constexpr std::string_view kLine = "sheet: out of memory\n";
+    (void)!write(STDERR_FILENO, kLine.data(), kLine.size());
+    std::_Exit(kExitRefused);
+}
 
 int RunSession(platform::Machine& machine, const Options& options, Script& script) {
     const platform::QuietScope quiet;
@@ -55,7 +65,7 @@ int Run(const Options& options) {
     platform::Machine machine;
     Load(machine, options);
     const int exitCode = RunSession(machine, options, script);
-    if (options.save) Save(machine, *options.save);
+    if (options.save && exitCode != kExitRefused) Save(machine, *options.save);
     return exitCode;
 }
 
@@ -64,6 +74,7 @@ int Run(const Options& options) {
 }  // namespace sheet
 
 int main(int argc, char** argv) {
+    std::set_new_handler(sheet::EndWithoutMemory);
     try {
         return sheet::Run(sheet::ReadArguments({argv + 1, argv + argc}));
     } catch (const sheet::Refusal& refusal) {
