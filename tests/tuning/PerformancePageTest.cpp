@@ -93,6 +93,47 @@ TEST(PerformancePage, StartsWithTheStoredScenarioAndWhatThePortsAllow) {
     }
 }
 
+TEST(PerformancePage, AFailedStartSaysWhyAndOffersNothing) {
+    const struct {
+        const char* call;
+        std::string argument;
+        DWORD error;
+        std::string reason;
+        bool isLogged = true;
+    } cases[] = {
+        {"RegOpenKeyExW", Sample::ClassKey(1), ERROR_ACCESS_DENIED,
+         "GetKeysInfo: Error opening key: " + Sample::ClassKey(1) + ": 5"},
+        {"RegQueryValueExW", "ComponentId", ERROR_FILE_NOT_FOUND,
+         "GetKeysInfo: Reading ComponentId failed: 2"},
+        {"CM_Get_Parent_Ex", "", 0x0D,
+         "GetKeysInfo: CM_Get_Parent_Ex failed for DeviceInstanceID " +
+             Sample::InstanceId(2, Kind::Ethernet)},
+        {"CreateFileW", kLogPath.substr(0, kLogPath.size() - 1), ERROR_ACCESS_DENIED,
+         "GetKeysInfo: Error opening the log: " + kLogPath.substr(0, kLogPath.size() - 1), false},
+    };
+    for (const auto& c : cases) {
+        SCOPED_TRACE(c.reason);
+        const int port = c.argument.empty() ? 2 : 1;
+        TestMachine test;
+        auto provided = test.CallProvider(port);
+        test.machine.faults.FailCalls(c.call, Wide(c.argument), c.error);
+        OnTab(test, std::move(provided), [&] {
+            EXPECT_TRUE(CheckedButtons(test).empty());
+            for (const int control : {IDC_SINGLE_PORT, IDC_DUAL_PORT, IDC_FORWARDING,
+                                      IDC_MULTICAST, IDC_SINGLE_STREAM, IDC_BALANCED,
+                                      IDC_RUN_TUNING})
+                EXPECT_FALSE(IsEnabled(test, control)) << control;
+            WCHAR help[400] = {};
+            GetDlgItemTextW(test.Page(), IDC_HELP_TEXT, help, ARRAYSIZE(help));
+            EXPECT_TRUE(platform::ToUtf8(help).find(c.reason) != std::string::npos)
+                << platform::ToUtf8(help);
+            test.Press(IDC_RUN_TUNING);
+        });
+        EXPECT_EQ(test.LogLines(), c.isLogged ? Lines({c.reason, ""}) : Lines());
+        EXPECT_TRUE(test.user.Boxes().empty());
+    }
+}
+
 TEST(PerformancePage, EachChoiceRunsItsScenario) {
     const struct {
         Kind kind;
