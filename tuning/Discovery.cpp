@@ -5,7 +5,7 @@
 #include <string_view>
 #include <utility>
 
-#include "../resources/resource.h"
+#include "Scenarios.h"
 
 #include <strsafe.h>
 
@@ -77,22 +77,14 @@ bool ReadIsEthernet(const RegistryKey& classKey, bool& isEthernet, DiscoveryFail
 
 // The control of the stored scenario, 0 for none. False when it is there and can't be read.
 bool ReadStoredScenario(const RegistryKey& classKey, LONG& control, DiscoveryFailure& failure) {
-    static const struct {
-        LPCWSTR text;
-        LONG control;
-    } kStored[] = {
-        {TEXT("1086"), IDC_SINGLE_PORT},   {TEXT("1087"), IDC_DUAL_PORT},
-        {TEXT("1088"), IDC_FORWARDING},    {TEXT("1096"), IDC_MULTICAST},
-        {TEXT("1098"), IDC_SINGLE_STREAM},
-    };
     WCHAR text[kPathCapacity];
     const LONG error = classKey.ReadText(TEXT("TuningScenario"), text, kTextLimit);
     if (error == ERROR_FILE_NOT_FOUND) return true;
     if (error != ERROR_SUCCESS)
         return Fail(failure, TEXT("%s: Reading %s failed: %x\n"), kOperation,
                     TEXT("TuningScenario"), static_cast<unsigned>(error));
-    for (const auto& stored : kStored)
-        if (Contains(text, stored.text)) control = stored.control;
+    for (const ScenarioRow& scenario : TunedScenarios())
+        if (Contains(text, scenario.stored)) control = scenario.control;
     return true;
 }
 

@@ -21,16 +21,6 @@
 
 namespace {
 
-// The scenario buttons in the order in which a checked one is looked for.
-constexpr struct {
-    int control;
-    Scenario scenario;
-} kScenarioButtons[] = {
-    {IDC_SINGLE_PORT, SINGLE_PORT_STREAM}, {IDC_DUAL_PORT, DUAL_PORT_STREAM},
-    {IDC_FORWARDING, FORWARDING_STREAM},   {IDC_MULTICAST, MCAST_STREAM},
-    {IDC_SINGLE_STREAM, SINGLE_STREAM},
-};
-
 // What the buttons say: exactly one of the scenarios, or the default and none of them.
 struct Choice {
     bool valid;
@@ -97,7 +87,7 @@ void PerformancePage::OnCommand(WORD control, WORD) {
 // Leaves the tab without anything to press, and says why: in the log where it can be opened, and in
 // the help pane.
 void PerformancePage::ShowStartFailure(const DiscoveryFailure& failure) const {
-    for (const auto& row : kScenarioButtons)
+    for (const ScenarioRow& row : TunedScenarios())
         Disable(row.control);
     Disable(IDC_BALANCED);
     Disable(IDC_RUN_TUNING);
@@ -121,7 +111,7 @@ void PerformancePage::Disable(int control) const {
 // A click unchecks only the enabled buttons of its group. The button of a stored scenario that the
 // ports don't allow is disabled, and would stay checked beside the user's choice and spoil it.
 void PerformancePage::UncheckDisabled() const {
-    for (const auto& row : kScenarioButtons) {
+    for (const ScenarioRow& row : TunedScenarios()) {
         const HWND button = Control(row.control);
         if (button && !IsWindowEnabled(button)) SetCheck(button, false);
     }
@@ -130,10 +120,11 @@ void PerformancePage::UncheckDisabled() const {
 Choice PerformancePage::ReadChoice() const {
     bool parity = false;
     Scenario scenario = SINGLE_STREAM;
-    for (size_t i = ARRAYSIZE(kScenarioButtons); i-- > 0;) {
-        if (!IsChecked(Control(kScenarioButtons[i].control))) continue;
+    const std::span<const ScenarioRow> rows = TunedScenarios();
+    for (size_t i = rows.size(); i-- > 0;) {
+        if (!IsChecked(Control(rows[i].control))) continue;
         parity = !parity;
-        scenario = kScenarioButtons[i].scenario;
+        scenario = rows[i].number;
     }
     const bool restoreOnly = IsChecked(Control(IDC_BALANCED));
     return {parity != restoreOnly, restoreOnly, scenario};

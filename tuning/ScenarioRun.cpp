@@ -9,7 +9,7 @@
 #include "ClosestNuma.h"
 #include "Discovery.h"
 #include "RestoreDefaults.h"
-#include "Tuners.h"
+#include "Scenarios.h"
 
 namespace {
 
@@ -33,11 +33,6 @@ class RunLog {
   private:
     LogStream& m_stream;
     WCHAR m_last[kLogTextCapacity] = {};
-};
-
-struct Placement {
-    const NumaNodeRow* row1 = nullptr;
-    const NumaNodeRow* row2 = nullptr;  // null: the ports share a node
 };
 
 bool ReadPermanentAddress(const TuningAdapter& adapter, AdapterIfInfo& info) {
@@ -69,11 +64,15 @@ void MeasureNode(RunLog& run, TuningAdapter& adapter, int position, DWORD& node)
     }
 }
 
-Placement PlacePorts(RunLog& run, TuningAdapter& a1, TuningAdapter* a2,
-                     const ProcessorsInfo& processors) {
-    DWORD node1 = 0;
-    if (processors.highestNode == 0) return {processors.Row(node1), nullptr};
+PlacedPorts PlacePorts(RunLog& run, TuningAdapter& a1, TuningAdapter* a2,
+                       const ProcessorsInfo& processors) {
+    // The ports share a node when there is no other.
+    const auto place = [&](const NumaNodeRow* row1, const NumaNodeRow* row2) {
+        return PlacedPorts{&a1, a2, row1, row2};
+    };
+    if (processors.highestNode == 0) return place(processors.Row(0), nullptr);
 
+    DWORD node1 = 0;
     DWORD node2 = 1;
     MeasureNode(run, a1, 1, node1);
     if (a2) MeasureNode(run, *a2, 2, node2);
@@ -81,34 +80,14 @@ Placement PlacePorts(RunLog& run, TuningAdapter& a1, TuningAdapter* a2,
         node2 = (node1 + 1) % (processors.highestNode + 1);
         run.Line(TEXT("Use opposite NUMA node(%d) for Adapter #2\n"), static_cast<int>(node2));
     }
-    return {processors.Row(node1), processors.Row(node2)};
+    return place(processors.Row(node1), processors.Row(node2));
 }
 
-bool RunScenario(LogStream* log, const TuningAdapter* a1, const TuningAdapter* a2,
-                 const Placement& place, int scenario) {
-    switch (scenario) {
-        case SINGLE_PORT_STREAM:
-            RestoreTuningDefaults(log, a1, nullptr);
-            return TuneSinglePort(log, a1, place.row1, UsableProcessors(place.row1), 0);
-        case SINGLE_STREAM:
-            RestoreTuningDefaults(log, a1, nullptr);
-            return TuneSingleStream(log, a1, place.row1);
-        case DUAL_PORT_STREAM:
-            RestoreTuningDefaults(log, a1, a2);
-            return TuneDualPort(log, a1, a2, place.row1, place.row2);
-        case FORWARDING_STREAM:
-            RestoreTuningDefaults(log, a1, a2);
-            return a2 ? TuneForwardingDualPort(log, a1, a2, place.row1, place.row2)
-                      : TuneForwarding(log, a1, place.row1);
-        case MCAST_STREAM:
-            RestoreTuningDefaults(nullptr, a1, nullptr);
-            return TuneMulticast(log, a1, place.row1);
-        case RESTORE_DEFAULTS:
-            RestoreTuningDefaults(log, a1, a2);
-            return true;
-        default:
-            return true;
-    }
+// Restores what the scenario touches and lets its tuner write. False when that refused.
+bool RunScenario(LogStream* log, const ScenarioRow& scenario, const PlacedPorts& place) {
+    RestoreTuningDefaults(scenario.restore == RestoreLog::Lines ? log : nullptr, place.a1,
+                          scenario.ports == ScenarioPorts::First ? nullptr : place.a2);
+    return !scenario.tune || scenario.tune(log, place);
 }
 
 }  // namespace
@@ -116,14 +95,15 @@ bool RunScenario(LogStream* log, const TuningAdapter* a1, const TuningAdapter* a
 bool TunePerformance(LogStream& log, TuningAdapter* a1, TuningAdapter* a2,
                      const ProcessorsInfo& processors, int scenario) {
     RunLog run(log);
-    const LPCWSTR name = ScenarioName(scenario);
+    const ScenarioRow* row = FindScenario(scenario);
+    const LPCWSTR name = row ? row->name : TEXT("");
     run.Line(a1->isEthernet ? TEXT("Start Corvanta Tessaron Ethernet performance tuning for %s.")
                             : TEXT("Start Corvanta Tessaron IPoIB performance tuning for %s."),
              name);
-    if (scenario == DUAL_PORT_STREAM) OrderByAddress(a1, a2);
-    const Placement place = PlacePorts(run, *a1, a2, processors);
+    if (row && row->ports == ScenarioPorts::Both) OrderByAddress(a1, a2);
+    const PlacedPorts place = PlacePorts(run, *a1, a2, processors);
 
-    const bool completed = RunScenario(&log, a1, a2, place, scenario);
+    const bool completed = !row || RunScenario(&log, *row, place);
     if (completed) {
         run.Line(a1->isEthernet ? TEXT("Corvanta Tessaron Ethernet performance tuning for %s "
                                        "completed successfully.")

@@ -5,7 +5,6 @@
 
 #include "AdapterContext.h"
 #include "Processors.h"
-#include "Scenarios.h"
 #include "TuningLog.h"
 
 // `log` is open. `a2` may be null. False when a tuner refused. RESTORE_DEFAULTS only restores; a

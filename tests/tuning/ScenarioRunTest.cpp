@@ -2,6 +2,7 @@
 
 #include "ScenarioRun.h"
 
+#include "Scenarios.h"
 #include "TuningTest.h"
 
 namespace {
