@@ -1,5 +1,6 @@
 #include "ClosestNuma.h"
 
+#include <algorithm>
 #include <shlwapi.h>
 #include <strsafe.h>
 
@@ -132,11 +133,13 @@ int FindFastestNuma(LPCWSTR caGuidText, DWORD& node) {
     }
 
     // The flat numbers are taken to be dealt to the nodes in equal runs; one processor of each run
-    // is measured.
+    // is measured. What the table of processors can't hold can't be chosen either.
     const DWORD slice = counts.all / (highest + 1);
+    DWORD end = std::min(counts.all, kTableProcessors);
+    if (highest >= kTableNodes) end = std::min(end, slice * kTableNodes);
     const DWORD start = GetTickCount();
     DWORD best = ~DWORD{0};
-    for (DWORD flat = 0; flat < counts.all; flat += slice) {
+    for (DWORD flat = 0; flat < end; flat += slice) {
         if (!MoveTo(counts, flat)) return 1;
         const DWORD elapsed = MeasureStores(doorbell);
         if (elapsed < best) {

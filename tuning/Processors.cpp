@@ -1,23 +1,45 @@
 #include "Processors.h"
 
+#include <algorithm>
+
 #include "Diagnostics.h"
 
 namespace {
 
-constexpr DWORD kFlatNumbers = 256;  // a row holds them as bytes
+constexpr WCHAR kOperation[] = TEXT("GetProcessorsInfo");
 
-// Adds the processor to the row of its node. False when the row isn't there or is full.
-bool AddProcessor(ProcessorsInfo& table, USHORT node, DWORD flat) {
-    const DWORD index = LOBYTE(node);
-    if (index >= ARRAYSIZE(table.nodes)) return false;
-    NumaNodeRow& row = table.nodes[index];
-    if (row.count >= ARRAYSIZE(row.processors)) return false;
+// Adds the processor to the row of its node. A node without a row, or with a full one, is passed
+// over.
+void AddProcessor(ProcessorsInfo& table, USHORT node, DWORD flat) {
+    if (node >= ARRAYSIZE(table.nodes)) return;
+    NumaNodeRow& row = table.nodes[node];
+    if (row.count >= ARRAYSIZE(row.processors)) return;
     row.processors[row.count++] = static_cast<BYTE>(flat);
-    if (node > table.highestNode) table.highestNode = node;
-    return true;
+    table.highestNode = std::max<DWORD>(table.highestNode, node);
 }
 
 }  // namespace
+
+DWORD ProcessorsInfo::CountInRows() const {
+    DWORD count = 0;
+    for (const NumaNodeRow& row : nodes)
+        count += row.count;
+    return count;
+}
+
+bool ProcessorsInfo::CanUse(DWORD node) const {
+    if (CountInRows() == processorCount) return true;
+    const NumaNodeRow* row = Row(node);
+    return row && row->count >= kFewestProcessors;
+}
+
+DWORD ProcessorsInfo::UsableFrom(DWORD node) const {
+    for (DWORD step = 0; step <= highestNode; ++step) {
+        const DWORD candidate = (node + step) % (highestNode + 1);
+        if (CanUse(candidate)) return candidate;
+    }
+    return node;
+}
 
 ProcessorCounts ReadProcessorCounts() {
     ProcessorCounts counts = {};
@@ -33,10 +55,15 @@ bool SplitProcessorNumber(const ProcessorCounts& counts, DWORD flat, PROCESSOR_N
         processor.Number = static_cast<BYTE>(flat);
         return true;
     }
-    if (counts.inFirst == 0) return false;
-    processor.Group = static_cast<WORD>(flat / counts.inFirst);
-    processor.Number = static_cast<BYTE>(flat % counts.inFirst);
-    return true;
+    WORD group = 0;
+    DWORD size = counts.inFirst;
+    while (size != 0 && flat >= size) {
+        flat -= size;
+        size = ++group < counts.groups ? GetActiveProcessorCount(group) : 0;
+    }
+    processor.Group = group;
+    processor.Number = static_cast<BYTE>(flat);
+    return size != 0;
 }
 
 bool GetProcessorsInfo(LogStream* log, ProcessorsInfo& table) {
@@ -50,28 +77,25 @@ bool GetProcessorsInfo(LogStream* log, ProcessorsInfo& table) {
                         static_cast<int>(GetLastError()));
         return true;
     }
-    if (counts.all >= kFlatNumbers) {
-        PrintDiagnostic("GetProcessorsInfo: %d processors are too many\n",
-                        static_cast<int>(counts.all));
-        return false;
-    }
-    for (DWORD flat = 0; flat < counts.all; ++flat) {
+    const DWORD end = std::min(counts.all, kTableProcessors);
+    for (DWORD flat = 0; flat < end; ++flat) {
         PROCESSOR_NUMBER processor;
         if (!SplitProcessorNumber(counts, flat, processor)) {
-            PrintDiagnostic("GetProcessorsInfo: group 0 has no processors\n");
+            PrintDiagnostic("GetProcessorsInfo: no group has processor %d\n",
+                            static_cast<int>(flat));
             return false;
         }
         USHORT node = 0;
         if (!GetNumaProcessorNodeEx(&processor, &node)) {
-            LogFormatted(log, TEXT("%s: GetNumaProcessorNode() failed: %d"),
-                         TEXT("GetProcessorsInfo"), static_cast<int>(GetLastError()));
+            LogFormatted(log, TEXT("%s: GetNumaProcessorNode() failed: %d"), kOperation,
+                         static_cast<int>(GetLastError()));
             return false;
         }
-        if (!AddProcessor(table, node, flat)) {
-            PrintDiagnostic("GetProcessorsInfo: no room for processor %d of node %d\n",
-                            static_cast<int>(flat), node);
-            return false;
-        }
+        AddProcessor(table, node, flat);
     }
+    const DWORD held = table.CountInRows();
+    if (held != counts.all)
+        LogFormatted(log, TEXT("%s: %d of %d processors don't fit into the table and aren't used"),
+                     kOperation, static_cast<int>(counts.all - held), static_cast<int>(counts.all));
     return true;
 }

@@ -50,11 +50,13 @@ void OrderByAddress(TuningAdapter*& a1, TuningAdapter*& a2) {
     if (std::memcmp(info1.mac, info2.mac, sizeof(info1.mac)) > 0) std::swap(a1, a2);
 }
 
-// Measures the node of one port; `node` keeps its default when that fails. position: 1 or 2.
-void MeasureNode(RunLog& run, TuningAdapter& adapter, int position, DWORD& node) {
+// Measures the node of one port; `node` keeps its default when that fails or gives a node that
+// can't be used. position: 1 or 2.
+void MeasureNode(RunLog& run, TuningAdapter& adapter, int position,
+                 const ProcessorsInfo& processors, DWORD& node) {
     if (!GetAdapterConnectionName(adapter)) return;
     DWORD closest = 0;
-    if (GetClosestNuma(run.Stream(), adapter, closest)) {
+    if (GetClosestNuma(run.Stream(), adapter, closest) && processors.CanUse(closest)) {
         node = closest;
         run.Line(TEXT("Closest to Adapter #%d NUMA node is %d\n"), position,
                  static_cast<int>(node));
@@ -72,12 +74,13 @@ PlacedPorts PlacePorts(RunLog& run, TuningAdapter& a1, TuningAdapter* a2,
     };
     if (processors.highestNode == 0) return place(processors.Row(0), nullptr);
 
-    DWORD node1 = 0;
-    DWORD node2 = 1;
-    MeasureNode(run, a1, 1, node1);
-    if (a2) MeasureNode(run, *a2, 2, node2);
+    DWORD node1 = processors.UsableFrom(0);
+    DWORD node2 = processors.UsableFrom(1);
+    MeasureNode(run, a1, 1, processors, node1);
+    if (a2) MeasureNode(run, *a2, 2, processors, node2);
     if (node1 == node2) {
-        node2 = (node1 + 1) % (processors.highestNode + 1);
+        node2 = processors.UsableFrom((node1 + 1) % (processors.highestNode + 1));
+        if (node1 == node2) return place(processors.Row(node1), nullptr);
         run.Line(TEXT("Use opposite NUMA node(%d) for Adapter #2\n"), static_cast<int>(node2));
     }
     return place(processors.Row(node1), processors.Row(node2));

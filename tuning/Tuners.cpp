@@ -91,7 +91,7 @@ bool CheckTuningInput(LogStream* log, const TuningAdapter* adapter, const NumaNo
         LogLine(log, TEXT("Failed to retrieve Adapter's information, Invalid input."));
         return false;
     }
-    if (row->count < 2) {
+    if (row->count < kFewestProcessors) {
         LogLine(log, kSingleCoreLine);
         return false;
     }

@@ -210,6 +210,7 @@ TEST(Placement, AgreesWithTheRegistryForEachSampleAndScenario) {
         {"port-types.reg", {8, {"0024", "0023"}}},
         {"server-release-4.reg", {16, {"0006", "0007"}}},
         {"single-port.reg", {4, {"0008"}}},
+        {"large-server.reg", {128, {"0015", "0016"}}},
         {"three-nodes.reg", {12, {"0015", "0016"}}},
         {"two-port-ethernet.reg", {16, {"0011", "0012"}}},
         {"two-port-ipoib.reg", {12, {"0009", "0010"}}},

@@ -6,13 +6,6 @@
 
 namespace {
 
-std::string Repeated(const std::string& field, int times) {
-    std::string text = field;
-    for (int i = 1; i < times; ++i)
-        text += "," + field;
-    return text;
-}
-
 TEST(Processors, StandInTheRowsOfTheirNodes) {
     const struct {
         const char *groups, *nodes;
@@ -22,6 +15,7 @@ TEST(Processors, StandInTheRowsOfTheirNodes) {
         {"8", "0,0,0,0,0,0,0,0", 0, {{0, 1, 2, 3, 4, 5, 6, 7}}},
         {"8", "0,1,0,1,0,1,0,1", 1, {{0, 2, 4, 6}, {1, 3, 5, 7}}},
         {"4,4", "0,0,0,0,1,1,1,1", 1, {{0, 1, 2, 3}, {4, 5, 6, 7}}},
+        {"2,5,1", "0,0,1,1,1,1,1,2", 2, {{0, 1}, {2, 3, 4, 5, 6}, {7}}},
         {"4", "0,0,2,2", 2, {{0, 1}, {}, {2, 3}}},
     };
     for (const auto& c : cases) {
@@ -39,27 +33,50 @@ TEST(Processors, StandInTheRowsOfTheirNodes) {
     }
 }
 
-TEST(Processors, AMachineBeyondTheTableIsRefused) {
-    const std::string fullNodes =
-        Repeated("0", 64) + "," + Repeated("1", 64) + "," + Repeated("2", 64);
+// A number of processors, and the node that they are on.
+using NodeRun = std::pair<int, int>;
+
+std::string Nodes(const std::vector<NodeRun>& runs) {
+    std::string text;
+    for (const auto& [count, node] : runs)
+        for (int i = 0; i < count; ++i)
+            text += (text.empty() ? "" : ",") + std::to_string(node);
+    return text;
+}
+
+TEST(Processors, OfALargeMachineWhatFitsIsTaken) {
     const struct {
         const char* groups;
-        std::string nodes;
-        bool fits;
+        std::vector<NodeRun> nodes, rows;
+        const char* told;  // how many don't fit, or null
     } cases[] = {
-        {"64", Repeated("0", 64), true},
-        {"33,33", Repeated("0", 66), false},
-        {"2", "31,31", true},
-        {"1", "32", false},
-        {"64,64,64,63", fullNodes + "," + Repeated("3", 63), true},
-        {"64,64,64,64", fullNodes + "," + Repeated("3", 64), false},
+        {"64", {{64, 0}}, {{64, 0}}, nullptr},
+        {"33,32", {{65, 0}}, {{64, 0}}, "1 of 65"},
+        {"64,64", {{70, 0}, {58, 1}}, {{64, 0}, {58, 1}}, "6 of 128"},
+        {"8", {{2, 0}, {2, 31}, {2, 32}, {2, 256}}, {{2, 0}, {2, 31}}, "4 of 8"},
+        {"64,64,64,64",
+         {{64, 0}, {64, 1}, {64, 2}, {64, 3}},
+         {{64, 0}, {64, 1}, {64, 2}, {64, 3}},
+         nullptr},
+        {"64,64,64,64,1",
+         {{64, 0}, {64, 1}, {64, 2}, {63, 3}, {2, 4}},
+         {{64, 0}, {64, 1}, {64, 2}, {63, 3}, {1, 4}},
+         "1 of 257"},
     };
     for (const auto& c : cases) {
         SCOPED_TRACE(c.groups);
-        TestMachine test(Sample().Processors(c.groups, c.nodes));
+        TestMachine test(Sample().Processors(c.groups, Nodes(c.nodes)));
         ProcessorsInfo table;
-        EXPECT_EQ(GetProcessorsInfo(nullptr, table), c.fits);
-        EXPECT_EQ(Output(test).empty(), c.fits);
+        const Lines lines =
+            Logged(test, [&](LogStream* log) { EXPECT_TRUE(GetProcessorsInfo(log, table)); });
+        EXPECT_EQ(lines, c.told ? Lines{"GetProcessorsInfo: " + std::string(c.told) +
+                                        " processors don't fit into the table and aren't used"}
+                                : Lines());
+        std::vector<NodeRun> rows;
+        for (int node = 0; node < static_cast<int>(kTableNodes); ++node)
+            if (const int count = table.nodes[node].count) rows.emplace_back(count, node);
+        EXPECT_EQ(rows, c.rows);
+        EXPECT_EQ(static_cast<int>(table.highestNode), c.rows.back().second);
     }
 }
 

@@ -2,6 +2,8 @@
 
 #include "ScenarioRun.h"
 
+#include <algorithm>
+
 #include "Scenarios.h"
 #include "TuningTest.h"
 
@@ -90,6 +92,79 @@ TEST(TunePerformance, GoesOnWithTheDefaultNodes) {
     EXPECT_EQ(LogOfRun(test, {}),
               Lines({Start(""), "Failed to get the best Numa, using default (0)",
                      "Failed to get the best Numa, using default (1)", End(""), "", ""}));
+}
+
+std::string Repeated(int count, int node) {
+    std::string text;
+    for (int i = 0; i < count; ++i)
+        text += "," + std::to_string(node);
+    return text;
+}
+
+TEST(TunePerformance, CompletesOnAMachineThatTheTableCannotHold) {
+    const std::string failed = "Failed to get the best Numa, using default ";
+    const auto opposite = [](const char* node) {
+        return Lines{"Use opposite NUMA node(" + std::string(node) + ") for Adapter #2", ""};
+    };
+    std::string pairs;
+    std::string ticks = "9";
+    for (int node = 0; node < 40; ++node)
+        pairs += Repeated(2, node);
+    for (int node = 1; node < 40; ++node)
+        ticks += node == 20 ? ",5" : node == 35 ? ",1" : ",9";
+    const struct {
+        const char* groups;
+        std::string nodes, ticks;
+        Lines told;  // of a dual run
+        const char16_t *receive1, *receive2;
+        const char* reason;
+    } cases[] = {
+        {"64,64", Repeated(128, 0), "1", {}, u"0", u"8", "128 processors in one node"},
+        {"64,16", pairs, ticks, Joined({{Closest(1, 20), "", Closest(2, 20), ""}, opposite("21")}),
+         u"40", u"42", "40 nodes, of which those with a row are measured"},
+        {"64,64,64,64,64,64",
+         Repeated(64, 0) + Repeated(64, 1) + Repeated(64, 2) + Repeated(64, 3) + Repeated(64, 4) +
+             Repeated(64, 5),
+         "9,9,9,5,1,1", Joined({{Closest(1, 3), "", Closest(2, 3), ""}, opposite("0")}), u"192",
+         u"0", "384 processors in six nodes, of which two have no row"},
+        {"64,64,64,64,44",
+         Repeated(100, 0) + Repeated(156, 2) + Repeated(44, 1),
+         "9,5,1",
+         {failed + "(0)", failed + "(2)"},
+         u"0",
+         u"100",
+         "the measured node has no processor in the table"},
+        {"64,64,64,64,44",
+         Repeated(255, 0) + Repeated(45, 1),
+         "5,9",
+         {Closest(1, 0), "", Closest(2, 0), ""},
+         u"0",
+         u"8",
+         "the other node has one processor in the table"},
+        {"64,64,64,64,44",
+         Repeated(256, 1) + Repeated(44, 0),
+         "5,9",
+         {failed + "(1)", failed + "(1)"},
+         u"0",
+         u"8",
+         "node 0 has none in the table"},
+    };
+    for (const auto& c : cases) {
+        SCOPED_TRACE(c.reason);
+        const Sample sample = Sample().Processors(c.groups, c.nodes.substr(1)).Ticks(c.ticks);
+        for (const int scenario :
+             {SINGLE_PORT_STREAM, SINGLE_STREAM, FORWARDING_STREAM, MCAST_STREAM}) {
+            TestMachine test(sample);
+            LogOfRun(test, {.scenario = scenario});
+            EXPECT_EQ(test.PortText(1, u"DefaultRecvRingProcessor"), c.receive1);
+        }
+        TestMachine test(sample);
+        const Lines lines = LogOfRun(test, {.scenario = DUAL_PORT_STREAM});
+        const auto restore = std::find(lines.begin(), lines.end(), kRestore[0]);
+        EXPECT_EQ(Lines(lines.begin() + 1, restore), c.told);
+        EXPECT_EQ(test.PortText(1, u"DefaultRecvRingProcessor"), c.receive1);
+        EXPECT_EQ(test.PortText(2, u"DefaultRecvRingProcessor"), c.receive2);
+    }
 }
 
 TEST(TunePerformance, RestoresWhatTheScenarioTouches) {
