@@ -40,7 +40,7 @@ AccessLayer::~AccessLayer() {
 }
 
 bool AccessLayer::Open() {
-    m_module.Reset(LoadLibraryW(TEXT("ibal.dll")));
+    m_module.Reset(LoadLibraryExW(TEXT("ibal.dll"), nullptr, LOAD_LIBRARY_SEARCH_SYSTEM32));
     if (!m_module || !BindAll(m_module.Get(), m_calls)) {
         PrintError("ibal.dll is not available, error = %d\n", static_cast<int>(GetLastError()));
         return false;

@@ -1,6 +1,7 @@
 #pragma once
-// The InfiniBand access layer, ibal.dll, loaded while it is in use so that the library also runs
-// where there is none. The sheet's thread. Failures are printed where they happen.
+// The InfiniBand access layer, ibal.dll of the system directory, loaded while it is in use so that
+// the library also runs where there is none. The sheet's thread. Failures are printed where they
+// happen.
 
 #include <windows.h>
 #include <memory>

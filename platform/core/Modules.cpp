@@ -156,6 +156,17 @@ HMODULE WINAPI LoadLibraryW(LPCWSTR name) {
     return call.machine.Get<Modules>().Load(name, call.Name());
 }
 
+// From the system directory alone, which has the modules that the stand-in plays itself.
+HMODULE WINAPI LoadLibraryExW(LPCWSTR name, HANDLE reserved, DWORD flags) {
+    Call call("LoadLibraryExW", name, ERROR_MOD_NOT_FOUND);
+    if (call.Failed()) return call.With<HMODULE>(nullptr);
+    if (reserved != nullptr || flags != LOAD_LIBRARY_SEARCH_SYSTEM32) {
+        Call::SetLast(ERROR_INVALID_PARAMETER);
+        return nullptr;
+    }
+    return call.machine.Get<Modules>().Load(name, call.Name());
+}
+
 BOOL WINAPI FreeLibrary(HMODULE module) {
     Call call("FreeLibrary");
     return call.machine.Get<Modules>().Free(module);

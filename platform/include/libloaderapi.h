@@ -3,7 +3,10 @@
 
 #include <minwindef.h>
 
+#define LOAD_LIBRARY_SEARCH_SYSTEM32 0x00000800
+
 HMODULE WINAPI LoadLibraryW(LPCWSTR name);
+HMODULE WINAPI LoadLibraryExW(LPCWSTR name, HANDLE reserved, DWORD flags);
 BOOL WINAPI FreeLibrary(HMODULE module);
 FARPROC WINAPI GetProcAddress(HMODULE module, LPCSTR name);
 // A null name stands for the program itself.

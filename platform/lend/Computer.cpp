@@ -4,12 +4,12 @@
 #include "DeviceStates.h"
 
 // The access layer's functions are this DLL's own.
-extern "C" HMODULE WINAPI LentLoadLibraryW(LPCWSTR name) {
+extern "C" HMODULE WINAPI LentLoadLibraryExW(LPCWSTR name, HANDLE reserved, DWORD flags) {
     if (name == nullptr || CompareStringOrdinal(name, -1, TEXT("ibal.dll"), -1, TRUE) != CSTR_EQUAL)
-        return LoadLibraryW(name);
+        return LoadLibraryExW(name, reserved, flags);
     HMODULE self = nullptr;  // with a reference, for FreeLibrary
     GetModuleHandleExW(GET_MODULE_HANDLE_EX_FLAG_FROM_ADDRESS,
-                       reinterpret_cast<LPCWSTR>(LentLoadLibraryW), &self);
+                       reinterpret_cast<LPCWSTR>(LentLoadLibraryExW), &self);
     return self;
 }
 

@@ -83,7 +83,7 @@ TEST(CardLookup, FollowsAPortToItsCard) {
         EXPECT_EQ(info.isEthernetInterface, c.kind == Sample::Kind::Ethernet);
         test.machine.trace.Start();
         EXPECT_EQ(GetPortGuidFromMac(info), 0);
-        EXPECT_EQ(test.machine.trace.Count("LoadLibraryW"), c.kind == Sample::Kind::Ipoib);
+        EXPECT_EQ(test.machine.trace.Count("LoadLibraryExW"), c.kind == Sample::Kind::Ipoib);
         EXPECT_EQ(platform::ToUtf8(info.portGuidText), c.portGuid);
         EXPECT_EQ(GetCaGuidFromPortGuid(info), 0) << "no match is no failure";
         EXPECT_EQ(platform::ToUtf8(info.caGuidText), c.cardGuid);

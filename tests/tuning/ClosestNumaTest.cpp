@@ -120,12 +120,12 @@ TEST(GetClosestNuma, AFailedCallHasItsLineAndEverythingIsReleased) {
         Sample::Kind kind = Sample::Kind::Ethernet;
     } cases[] = {
         {MAC, "GetIfTable2", 1, "", "GetIfTable2 Failed\n"},
-        {PORT, "LoadLibraryW", 1, "ibal.dll is not available, error = 5\n", "", kIpoib},
+        {PORT, "LoadLibraryExW", 1, "ibal.dll is not available, error = 5\n", "", kIpoib},
         {PORT, "ib_open_al", 1, "ib_open_al failed status = 5\n", "", kIpoib},
         {PORT, "ib_get_ca_guids", 1, "ib_get_ca_guids1 failed status = 5\n", "", kIpoib},
         {PORT, "ib_open_ca", 1, "ib_open_ca failed with status = 5\n", "", kIpoib},
         {PORT, "ib_query_ca", 2, "", "ib_query_ca failed with status = 5\n", kIpoib},
-        {CARD, "LoadLibraryW", 1, "ibal.dll is not available, error = 5\n"},
+        {CARD, "LoadLibraryExW", 1, "ibal.dll is not available, error = 5\n"},
         {CARD, "operator new", 1, "failed to allocate memory\n"},
         {CONTEXT, "operator new", 3, ""},
         {CONTEXT, "operator new", 4, "failed to allocate qp.\n"},

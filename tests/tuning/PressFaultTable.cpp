@@ -276,7 +276,7 @@ Rows MeasurementRows() {
         {{"RegQueryValueExW"}, {MaskUnread}, "GuidMask"},
         {{"RegQueryValueExW"}, {Unnamed}, "NetCfgInstanceId"},
         {{"RegOpenKeyExW"}, {Unnamed}},
-        {{"RegQueryValueExW", "GetIfTable2", "LoadLibraryW", "GetProcAddress", "ib_open_al",
+        {{"RegQueryValueExW", "GetIfTable2", "LoadLibraryExW", "GetProcAddress", "ib_open_al",
           "ib_get_ca_guids", "ib_open_ca", "ib_query_ca", "ib_alloc_pd", "ib_reg_mem",
           "ib_create_cq", "ib_create_qp", "ib_modify_qp", "ib_query_qp", "GetActiveProcessorCount",
           "GetNumaHighestNodeNumber", "SetThreadGroupAffinity"},
