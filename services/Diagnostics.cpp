@@ -2,23 +2,62 @@
 
 #include <windows.h>
 #include <cstdarg>
+#include <string_view>
 
 #include <strsafe.h>
 
 namespace {
 
+constexpr size_t kLineCapacity = 1024;  // characters, with terminator
+constexpr size_t kMostBytes = 3;        // of a character, in any code page of the system
+
+bool IsOneOf(char character, std::string_view characters) {
+    return characters.find(character) != std::string_view::npos;
+}
+
+// The wide format that takes the same arguments: a text or character without a size has the width
+// of its format, and one in capitals has the other.
+void WidenFormat(const char* format, WCHAR (&wide)[kLineCapacity]) {
+    size_t used = 0;
+    bool isConversion = false;
+    bool isSized = false;
+    for (; *format && used + 2 < ARRAYSIZE(wide); ++format) {
+        if (!isConversion) {
+            isConversion = *format == '%';
+            isSized = false;
+        } else if (IsOneOf(*format, "hlwI")) {
+            isSized = true;
+        } else if (!IsOneOf(*format, "-+ #.*0123456789")) {
+            if (!isSized && IsOneOf(*format, "sc")) wide[used++] = TEXT('h');
+            if (!isSized && IsOneOf(*format, "SC")) wide[used++] = TEXT('l');
+            isConversion = false;
+        }
+        wide[used++] = static_cast<BYTE>(*format);
+    }
+    wide[used] = TEXT('\0');
+}
+
+// In the system's code page. What that lacks is replaced; a narrow format would lose the line.
 void PrintLine(DWORD stream, const char* format, va_list arguments) {
-    // Cleared, since a wide text beyond the runtime's code page ends the formatting where it
-    // stands.
-    char line[1024] = {};
-    StringCchVPrintfA(line, ARRAYSIZE(line), format, arguments);
+    WCHAR wideFormat[kLineCapacity];
+    WCHAR line[kLineCapacity] = {};
+    WidenFormat(format, wideFormat);
+    (void)StringCchVPrintfW(line, ARRAYSIZE(line), wideFormat, arguments);
     size_t length = 0;
-    StringCchLengthA(line, ARRAYSIZE(line), &length);
+    (void)StringCchLengthW(line, ARRAYSIZE(line), &length);
+
+    char bytes[kMostBytes * kLineCapacity];
+    const auto convert = [&](DWORD flags) {
+        return WideCharToMultiByte(CP_ACP, flags, line, static_cast<int>(length), bytes,
+                                   static_cast<int>(sizeof(bytes)), nullptr, nullptr);
+    };
+    int count = convert(WC_NO_BEST_FIT_CHARS);
+    if (count == 0) count = convert(0);  // UTF-8 as the system's code page takes no flags
 
     const HANDLE file = GetStdHandle(stream);
     if (file == nullptr || file == INVALID_HANDLE_VALUE) return;
     DWORD written = 0;
-    WriteFile(file, line, static_cast<DWORD>(length), &written, nullptr);
+    (void)WriteFile(file, bytes, static_cast<DWORD>(count), &written, nullptr);
 }
 
 }  // namespace

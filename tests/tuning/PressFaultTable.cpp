@@ -282,7 +282,7 @@ Rows MeasurementRows() {
           "GetNumaHighestNodeNumber", "SetThreadGroupAffinity"},
          {Unmeasured}},
         {{"ib_destroy_qp", "ib_destroy_cq", "ib_dereg_mr", "ib_dealloc_pd", "ib_close_ca",
-          "ib_close_al", "FreeLibrary", "GetTickCount", "GetStdHandle"},
+          "ib_close_al", "FreeLibrary", "GetTickCount", "WideCharToMultiByte", "GetStdHandle"},
          {AsClean}},
     };
 }
