@@ -1,11 +1,31 @@
 #include "LogView.h"
 
+#include <string_view>
+
 #include <windows.h>
 
 #include "SheetText.h"
 #include "Transcript.h"
 
 namespace sheet {
+
+namespace {
+
+constexpr std::string_view kUtf8Mark = "\xEF\xBB\xBF";
+
+// Without the mark. What has no mark is taken for UTF-16, lowest byte first, as the log is made.
+Text Decode(std::string_view bytes) {
+    if (bytes.starts_with(kUtf8Mark)) return FromUtf8(bytes.substr(kUtf8Mark.size()));
+    Text text;
+    for (std::size_t i = 0; i + 1 < bytes.size(); i += 2) {
+        const auto unit =
+            static_cast<WCHAR>(static_cast<BYTE>(bytes[i]) | static_cast<BYTE>(bytes[i + 1]) << 8);
+        if (i != 0 || unit != 0xFEFF) text += unit;
+    }
+    return text;
+}
+
+}  // namespace
 
 std::string ReadTuningLog() {
     WCHAR windows[MAX_PATH] = {};
@@ -25,13 +45,8 @@ std::string ReadTuningLog() {
         bytes.append(piece, read);
     CloseHandle(file);
 
-    // UTF-16, lowest byte first, behind a byte-order mark.
-    Text text;
-    for (std::size_t i = 0; i + 1 < bytes.size(); i += 2) {
-        const auto unit =
-            static_cast<WCHAR>(static_cast<BYTE>(bytes[i]) | static_cast<BYTE>(bytes[i + 1]) << 8);
-        if (unit != TEXT('\r') && !(i == 0 && unit == 0xFEFF)) text += unit;
-    }
+    Text text = Decode(bytes);
+    std::erase(text, TEXT('\r'));
     return ToUtf8(text);
 }
 

@@ -1,40 +1,61 @@
 #include "TuningLog.h"
 
+#include <algorithm>
 #include <cstdarg>
+#include <iterator>
 #include <strsafe.h>
 
 namespace {
 
 constexpr WCHAR kByteOrderMark = 0xFEFF;
+constexpr BYTE kUtf8Mark[] = {0xEF, 0xBB, 0xBF};
+constexpr size_t kPieceCapacity = 2 * kLogTextCapacity + 128;  // characters
+constexpr size_t kMostBytes = 3;                               // of one of them in UTF-8
 
-bool WriteCharacters(HANDLE file, const WCHAR* characters, size_t count) {
+bool WriteBytes(HANDLE file, const void* bytes, size_t count) {
     DWORD written = 0;
-    return WriteFile(file, characters, static_cast<DWORD>(count * sizeof(WCHAR)), &written,
-                     nullptr) != FALSE;
+    return WriteFile(file, bytes, static_cast<DWORD>(count), &written, nullptr) != FALSE;
 }
 
-// Without its mark a log would be taken for narrow text for good.
-bool BeginsWithMark(HANDLE file) {
+// Finds out how the file is to be continued. A new one is given its mark, without which it would be
+// taken for narrow text for good.
+bool TakeEncoding(HANDLE file, LogEncoding& encoding) {
     LARGE_INTEGER size = {};
-    return GetFileSizeEx(file, &size) &&
-           (size.QuadPart != 0 || WriteCharacters(file, &kByteOrderMark, 1));
+    if (!GetFileSizeEx(file, &size)) return false;
+    if (size.QuadPart == 0) return WriteBytes(file, &kByteOrderMark, sizeof(kByteOrderMark));
+    BYTE start[sizeof(kUtf8Mark)] = {};
+    DWORD read = 0;
+    if (!ReadFile(file, start, sizeof(start), &read, nullptr)) return false;
+    if (std::equal(std::begin(start), std::end(start), kUtf8Mark)) encoding = LogEncoding::Utf8;
+    return true;
 }
 
 }  // namespace
 
+void LogStream::WritePiece(const WCHAR* characters, size_t count) {
+    if (m_encoding == LogEncoding::Utf16) {
+        (void)WriteBytes(m_file.Get(), characters, count * sizeof(WCHAR));
+        return;
+    }
+    char bytes[kMostBytes * kPieceCapacity];
+    const int length = WideCharToMultiByte(CP_UTF8, 0, characters, static_cast<int>(count), bytes,
+                                           static_cast<int>(sizeof(bytes)), nullptr, nullptr);
+    (void)WriteBytes(m_file.Get(), bytes, static_cast<size_t>(length));
+}
+
 void LogStream::Write(LPCWSTR text) {
     // A line goes out in one piece, so that two sheets that append don't mix within it.
-    WCHAR piece[2 * kLogTextCapacity + 128];
+    WCHAR piece[kPieceCapacity];
     size_t used = 0;
     for (; *text; ++text) {
         if (used + 2 > ARRAYSIZE(piece)) {
-            (void)WriteCharacters(m_file.Get(), piece, used);
+            WritePiece(piece, used);
             used = 0;
         }
         if (*text == TEXT('\n')) piece[used++] = TEXT('\r');
         piece[used++] = *text;
     }
-    (void)WriteCharacters(m_file.Get(), piece, used);
+    WritePiece(piece, used);
 }
 
 bool GetLogFileName(LPWSTR buffer, size_t capacity) {
@@ -47,10 +68,12 @@ bool GetLogFileName(LPWSTR buffer, size_t capacity) {
 
 LogStream OpenTuningLog(LPWSTR buffer, size_t capacity) {
     if (!GetLogFileName(buffer, capacity)) return LogStream();
-    ScopedFile file(CreateFileW(buffer, FILE_APPEND_DATA, FILE_SHARE_READ | FILE_SHARE_WRITE,
-                                nullptr, OPEN_ALWAYS, FILE_ATTRIBUTE_NORMAL, nullptr));
-    if (!file || !BeginsWithMark(file.Get())) return LogStream();
-    return LogStream(std::move(file));
+    ScopedFile file(CreateFileW(buffer, FILE_APPEND_DATA | FILE_READ_DATA,
+                                FILE_SHARE_READ | FILE_SHARE_WRITE, nullptr, OPEN_ALWAYS,
+                                FILE_ATTRIBUTE_NORMAL, nullptr));
+    LogEncoding encoding = LogEncoding::Utf16;
+    if (!file || !TakeEncoding(file.Get(), encoding)) return LogStream();
+    return LogStream(std::move(file), encoding);
 }
 
 bool LogLine(LogStream* log, LPCWSTR text) {

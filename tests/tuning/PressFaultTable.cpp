@@ -240,8 +240,12 @@ Rows FirstRows(const Press& press) {
         {{"GetNumaHighestNodeNumber"}, {TunerRefuses(press)}, "", 1},
         {{"GetNumaProcessorNodeEx"}, noNode},
     };
-    // The mark of a new log; with a second port the tab's start has made the log.
+    // The mark of a new log, which needn't be read; with a second port the tab's start has made it.
     if (press.ports == 1) rows.push_back({{"WriteFile"}, {noLog}, kLog, 1});
+    const unsigned newLogs = press.ports == 1;
+    if (newLogs == 0) rows.push_back({{"ReadFile"}, {noLog}, "", 1});
+    rows.push_back({{"ReadFile"}, {Refused("General Tuning Failed")}, "", 2 - newLogs});
+    rows.push_back({{"ReadFile"}, {noRunLog}, "", 3 - newLogs});
     rows.push_back({{"WriteFile"}, {LineLost}});
     return rows;
 }

@@ -26,6 +26,42 @@ TEST(TuningLog, IsUtf16WithAMarkAndCrLf) {
     EXPECT_EQ(test.LogBytes(), bytes);
 }
 
+// C:\'s log as it was left, and with a line more.
+TEST(TuningLog, GoesOnInTheEncodingOfItsMark) {
+    const std::string utf8Line = "19-11-2026 8:05 : \xC3\xA9\xE4\xB8\x80\r\n";
+    std::string utf16Line;
+    for (const char16_t unit : std::u16string(u"19-11-2026 8:05 : \u00E9\u4E00\r\n"))
+        utf16Line += {static_cast<char>(unit & 0xFF), static_cast<char>(unit >> 8)};
+    const struct {
+        std::string before, line;
+    } cases[] = {
+        {"\xEF\xBB\xBFold\r\n", utf8Line},
+        {"\xEF\xBB\xBF", utf8Line},
+        {"\xFF\xFEo", utf16Line},
+        {"\xEF\xBB", utf16Line},
+    };
+    for (const auto& c : cases) {
+        TestMachine test;
+        test.machine.Get<platform::Drive>().WriteWholeFile(
+            u"C:\\Windows\\System32\\LogFiles\\PerformanceTuning.log", c.before);
+        WCHAR path[kPathCapacity];
+        LogStream log = OpenTuningLog(path, ARRAYSIZE(path));
+        EXPECT_TRUE(LogLine(&log, u"\u00E9\u4E00"));
+        log.Close();
+        EXPECT_EQ(test.LogBytes(), c.before + c.line);
+    }
+}
+
+TEST(TuningLog, CutsATextThatItsBufferCannotHold) {
+    TestMachine test;
+    for (const std::size_t length : {258, 259, 260, 261}) {
+        const std::u16string text(length, u'x');
+        const Lines lines =
+            Logged(test, [&](LogStream* log) { LogFormatted(log, u"%s", text.c_str()); });
+        EXPECT_EQ(lines, Lines{std::string(std::min<std::size_t>(length, 259), 'x')});
+    }
+}
+
 TEST(AdapterValues, LevelFollowsTheMinorVersion) {
     const struct {
         const char* version;
