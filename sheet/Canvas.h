@@ -22,11 +22,18 @@ class Canvas {
     std::string ToUtf8() const;
 
   private:
+    // What stands in each column: a character with the marks that join it; nothing behind a wide
+    // one.
+    using Row = std::vector<std::u32string>;
+
+    void PutCharacter(Row& row, int x, char32_t point, int columns) const;
+
     int m_width;
-    std::vector<std::u32string> m_rows;
+    std::vector<Row> m_rows;
 };
 
-// The text in lines of at most width columns, broken at blanks where there are any.
+// The text in lines of at most width columns, broken at blanks where there are any. The lines can
+// be printed.
 std::vector<std::u32string> Wrap(const std::u32string& text, int width);
 
 }  // namespace sheet

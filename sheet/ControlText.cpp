@@ -1,17 +1,13 @@
 #include "ControlText.h"
 
 #include <algorithm>
-#include <string>
 
 #include "Canvas.h"
+#include "Columns.h"
 
 namespace sheet {
 
 namespace {
-
-std::size_t Columns(int width) {
-    return static_cast<std::size_t>(std::max(width, 0));
-}
 
 std::u32string Dimmed(const std::u32string& text, bool isEnabled) {
     return isEnabled ? text : U"~" + text + U"~";
@@ -23,7 +19,7 @@ bool IsRadio(const Control& control) {
 }
 
 std::u32string ButtonLine(const Control& control, int width) {
-    const std::u32string caption = CaptionOf(control.text);
+    const std::u32string caption = Printable(control.text);
     if (!control.isChecked) return ButtonOf(caption, control.isEnabled, width);
     const bool on = *control.isChecked;
     const std::u32string mark =
@@ -31,24 +27,17 @@ std::u32string ButtonLine(const Control& control, int width) {
     return mark + Dimmed(caption, control.isEnabled);
 }
 
-std::u32string Field(const std::u32string& text, int width, const std::u32string& end) {
-    std::u32string field = text.substr(0, Columns(width - 2 - static_cast<int>(end.size())));
-    field.resize(Columns(width - 2 - static_cast<int>(end.size())), U'_');
-    return U"[" + field + end + U"]";
+// end: what stands before the closing bracket.
+std::u32string FieldLine(const Control& control, int width, const std::u32string& end) {
+    const std::u32string text = Dimmed(Printable(control.text), control.isEnabled);
+    const int inside = width - 2 - static_cast<int>(end.size());
+    return U"[" + Padded(text, inside, U'_') + end + U"]";
 }
 
-// A text that has to stand in one line: what would break or tear it becomes a blank.
-std::u32string OneLine(const Text& text) {
-    std::u32string points = CodePoints(text);
-    std::replace_if(
-        points.begin(), points.end(), [](char32_t point) { return point < U' '; }, U' ');
-    return points;
-}
-
-std::vector<std::u32string> ListLines(const Control& control) {
+std::vector<std::u32string> ListLines(const Control& control, int width) {
     std::vector<std::u32string> lines;
     for (const Entry& entry : EntriesOf(control))
-        lines.push_back((entry.isSelected ? U"> " : U"  ") + OneLine(entry.text));
+        lines.emplace_back(Cut((entry.isSelected ? U"> " : U"  ") + Printable(entry.text), width));
     return lines;
 }
 
@@ -56,12 +45,12 @@ std::vector<std::u32string> TableLines(const Control& control, int width) {
     const std::vector<Text> headings = HeadingsOf(control);
     const std::vector<Row> rows = RowsOf(control);
     std::vector<std::vector<std::u32string>> table;
-    std::vector<std::size_t> widths(std::max<std::size_t>(headings.size(), 1), 0);
+    std::vector<int> widths(std::max<std::size_t>(headings.size(), 1), 0);
     const auto add = [&](const std::u32string& mark, const std::vector<Text>& cells) {
         table.emplace_back();
         for (std::size_t i = 0; i < cells.size() && i < widths.size(); ++i) {
-            table.back().push_back((i == 0 ? mark : U"") + OneLine(cells[i]));
-            widths[i] = std::max(widths[i], table.back().back().size());
+            table.back().push_back((i == 0 ? mark : U"") + Printable(cells[i]));
+            widths[i] = std::max(widths[i], ColumnsOf(table.back().back()));
         }
     };
     const bool hasBoxes = !rows.empty() && rows.front().isChecked;
@@ -74,13 +63,11 @@ std::vector<std::u32string> TableLines(const Control& control, int width) {
     std::vector<std::u32string> lines;
     for (const auto& cells : table) {
         std::u32string line;
-        for (std::size_t i = 0; i < cells.size(); ++i) {
-            line += cells[i];
-            if (i + 1 < cells.size())
-                line.resize(line.size() + widths[i] - cells[i].size() + 2, U' ');
-        }
-        lines.push_back(line.substr(0, Columns(width)));
-        if (lines.size() == 1) lines.emplace_back(Columns(width), U'╌');
+        for (std::size_t i = 0; i < cells.size(); ++i)
+            line += i + 1 < cells.size() ? Padded(cells[i], widths[i] + 2) : cells[i];
+        lines.emplace_back(Cut(line, width));
+        if (lines.size() == 1)
+            lines.emplace_back(static_cast<std::size_t>(std::max(width, 0)), U'╌');
     }
     return lines;
 }
@@ -90,7 +77,7 @@ std::vector<std::u32string> TableLines(const Control& control, int width) {
 std::vector<std::u32string> VisibleLines(std::vector<std::u32string> lines,
                                          const Control& control) {
     const std::size_t room =
-        std::max<std::size_t>(Columns(control.place.bottom - control.place.top) / 8, 2);
+        static_cast<std::size_t>(std::max((control.place.bottom - control.place.top) / 8, 2));
     if (lines.size() <= room) return lines;
     const std::string below = std::to_string(lines.size() - room + 1);
     lines.resize(room - 1);
@@ -100,51 +87,38 @@ std::vector<std::u32string> VisibleLines(std::vector<std::u32string> lines,
 
 }  // namespace
 
-std::u32string CaptionOf(const Text& text) {
-    const std::u32string points = CodePoints(text);
-    std::u32string caption;
-    for (std::size_t i = 0; i < points.size(); ++i) {
-        if (points[i] == U'&' && i + 1 < points.size()) ++i;
-        caption += points[i];
-    }
-    return caption;
-}
-
 std::u32string ButtonOf(const std::u32string& caption, bool isEnabled, int width) {
     const std::u32string text = Dimmed(caption, isEnabled);
-    const std::size_t inside = std::max(Columns(width - 2), text.size() + 2);
-    const std::size_t before = (inside - text.size()) / 2;
-    return U"[" + std::u32string(before, U' ') + text +
-           std::u32string(inside - text.size() - before, U' ') + U"]";
+    const int columns = ColumnsOf(text);
+    const int inside = std::max(width - 2, columns + 2);
+    const int before = (inside - columns) / 2;
+    return U"[" + Padded({}, before) + text + Padded({}, inside - columns - before) + U"]";
 }
 
 std::vector<std::u32string> LinesOf(const Control& control, int width) {
-    const std::u32string text = CodePoints(control.text);
     switch (control.kind) {
         case Class::GroupBox:
+        case Class::Picture:
             return {};
         case Class::Button:
             return {ButtonLine(control, width)};
         case Class::Static:
-            if (text.empty()) return {};
-            return Wrap(Dimmed((control.style & SS_NOPREFIX) ? text : CaptionOf(control.text),
-                               control.isEnabled),
-                        width);
-        case Class::Picture:
-            return {};
+            if (control.text.empty()) return {};
+            return Wrap(Dimmed(CodePoints(control.text), control.isEnabled), width);
         case Class::ComboBox:
-            return {Field(Dimmed(text, control.isEnabled), width, U"v")};
+            return {FieldLine(control, width, U"v")};
         case Class::Edit:
         case Class::RichEdit:
             if (control.place.bottom - control.place.top > 16)
-                return VisibleLines(Wrap(text, width), control);
-            return {Field(Dimmed(text, control.isEnabled), width, U"")};
+                return VisibleLines(Wrap(CodePoints(control.text), width), control);
+            return {FieldLine(control, width, U"")};
         case Class::ListBox:
-            return ListLines(control);
+            return ListLines(control, width);
         case Class::ListView:
             return TableLines(control, width);
         case Class::Other:
-            return text.empty() ? std::vector<std::u32string>() : Wrap(text, width);
+            if (control.text.empty()) return {};
+            return Wrap(CodePoints(control.text), width);
     }
     return {};
 }

@@ -11,8 +11,6 @@ namespace sheet {
 // width: columns that the control has. A disabled control's text stands between ~ marks.
 std::vector<std::u32string> LinesOf(const Control& control, int width);
 
-// A caption without the mark of its access key.
-std::u32string CaptionOf(const Text& text);
 // A push button of at least that width.
 std::u32string ButtonOf(const std::u32string& caption, bool isEnabled, int width);
 

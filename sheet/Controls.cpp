@@ -70,6 +70,19 @@ Place PlaceOf(HWND dialog, HWND window) {
     return ToUnits(dialog, pixels);
 }
 
+// The text as Windows draws it: without the mark of an access key, where the class has such marks.
+Text ShownText(Class kind, LONG style, const Text& text) {
+    const bool hasMarks = kind == Class::Button || kind == Class::GroupBox ||
+                          (kind == Class::Static && (style & SS_NOPREFIX) == 0);
+    if (!hasMarks) return text;
+    Text shown;
+    for (std::size_t i = 0; i < text.size(); ++i) {
+        if (text[i] == TEXT('&') && ++i == text.size()) break;
+        shown += text[i];
+    }
+    return shown;
+}
+
 Control ReadControl(HWND dialog, HWND window) {
     Control control = {};
     control.window = window;
@@ -80,7 +93,8 @@ Control ReadControl(HWND dialog, HWND window) {
     control.className = className;
     control.style = static_cast<LONG>(GetWindowLongPtrW(window, GWL_STYLE));
     control.kind = KindOf(control.className, control.style);
-    if (control.kind != Class::Picture) control.text = WindowText(window);
+    if (control.kind != Class::Picture)
+        control.text = ShownText(control.kind, control.style, WindowText(window));
     control.place = PlaceOf(dialog, window);
     control.isShown = (control.style & WS_VISIBLE) != 0;
     control.isEnabled = IsWindowEnabled(window) != FALSE;
@@ -148,18 +162,23 @@ void SetItemState(HWND list, int row, UINT state, UINT mask) {
     SendMessageW(list, LVM_SETITEMSTATE, static_cast<WPARAM>(row), reinterpret_cast<LPARAM>(&item));
 }
 
-// The control of that id, when a person could work with it.
-Control Reach(HWND dialog, int id) {
-    const std::string name = "control " + std::to_string(id);
-    const HWND window = GetDlgItem(dialog, id);
-    if (window == nullptr) throw Refusal{"there is no " + name};
-    Control control = ReadControl(dialog, window);
+// Refuses a control that a person couldn't work with.
+void ExpectUsable(HWND dialog, const Control& control) {
+    const std::string name = "control " + NameOf(control);
     if (!control.isShown) throw Refusal{name + " is hidden"};
     if (!control.isEnabled) throw Refusal{name + " is disabled"};
     for (HWND above = dialog; above != nullptr; above = GetParent(above)) {
         if (!IsWindowEnabled(above)) throw Refusal{name + " is blocked by another window"};
         if ((GetWindowLongPtrW(above, GWL_STYLE) & WS_CHILD) == 0) break;
     }
+}
+
+// The control of that id, when a person could work with it.
+Control Reach(HWND dialog, int id) {
+    const HWND window = GetDlgItem(dialog, id);
+    if (window == nullptr) throw Refusal{"there is no control " + std::to_string(id)};
+    Control control = ReadControl(dialog, window);
+    ExpectUsable(dialog, control);
     return control;
 }
 
@@ -296,10 +315,39 @@ std::string ListPlaces(HWND dialog) {
     return lines;
 }
 
+std::vector<Text> ButtonLabels(HWND dialog) {
+    std::vector<Text> labels;
+    for (const Control& control : ControlsOf(dialog)) {
+        if (control.kind == Class::Button && control.isShown && !control.text.empty())
+            labels.push_back(control.text);
+    }
+    return labels;
+}
+
 void PressControl(HWND dialog, int id) {
     const Control control = Reach(dialog, id);
     if (control.kind != Class::Button) RefuseKind(id, "button");
     PostMessageW(control.window, BM_CLICK, 0, 0);
+}
+
+void PressControl(HWND dialog, const Text& label) {
+    std::vector<Control> buttons = ControlsOf(dialog);
+    std::erase_if(buttons, [&](const Control& control) {
+        return control.kind != Class::Button || control.text != label;
+    });
+    // A hidden one is only meant where no other has that label.
+    if (std::any_of(buttons.begin(), buttons.end(),
+                    [](const Control& control) { return control.isShown; }))
+        std::erase_if(buttons, [](const Control& control) { return !control.isShown; });
+    if (buttons.empty()) throw Refusal{"there is no button \"" + ToUtf8(label) + "\""};
+    if (buttons.size() > 1) {
+        std::string ids;
+        for (const Control& control : buttons)
+            ids += (ids.empty() ? "" : ", ") + NameOf(control);
+        throw Refusal{"several buttons are labelled \"" + ToUtf8(label) + "\": " + ids};
+    }
+    ExpectUsable(dialog, buttons.front());
+    PostMessageW(buttons.front().window, BM_CLICK, 0, 0);
 }
 
 void TypeInto(HWND dialog, int id, const Text& text) {

@@ -36,7 +36,7 @@ struct Control {
     std::optional<int> id;  // none for a static text without one
     Text className;
     Class kind;
-    Text text;
+    Text text;  // as it is shown, without the mark of an access key
     LONG style;
     Place place;  // within its dialog
     bool isShown;
@@ -65,15 +65,20 @@ std::vector<Entry> EntriesOf(const Control& list);
 std::vector<Text> HeadingsOf(const Control& list);
 std::vector<Row> RowsOf(const Control& list);
 
+// Of the push buttons, radio buttons and check boxes that are shown.
+std::vector<Text> ButtonLabels(HWND dialog);
+
 // The lines of the `controls` command.
 std::string ListControls(HWND dialog);
 
 // The lines of the `places` command: id, then left, top, right and bottom in dialog units.
 std::string ListPlaces(HWND dialog);
 
-// The deeds. Each refuses what a person couldn't do: a control that isn't there, is hidden, is
-// disabled itself or by its dialog, or is of another kind; then nothing has happened.
+// What a person does. Each refuses what a person couldn't do: a control that isn't there, is
+// hidden, is disabled itself or by its dialog, or is of another kind; then nothing has happened.
 void PressControl(HWND dialog, int id);
+// By the label that is shown, in its own case; also refused when several buttons have it.
+void PressControl(HWND dialog, const Text& label);
 void TypeInto(HWND dialog, int id, const Text& text);
 void SelectEntry(HWND dialog, int id, const Text& text);
 void CheckRow(HWND dialog, int id, const Text& row, bool checked);

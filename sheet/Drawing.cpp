@@ -3,6 +3,7 @@
 #include <algorithm>
 
 #include "Canvas.h"
+#include "Columns.h"
 #include "ControlText.h"
 #include "Controls.h"
 #include "Layout.h"
@@ -25,7 +26,7 @@ Canvas DrawControls(HWND dialog) {
         if (item.isFramed) {
             const bool isGroup = item.control->kind == Class::GroupBox;
             canvas.Frame(item.left, item.top, item.right, item.bottom,
-                         isGroup ? CaptionOf(item.control->text) : std::u32string());
+                         isGroup ? Printable(item.control->text) : std::u32string());
         }
         int row = item.top + (item.isFramed ? 1 : 0);
         for (const std::u32string& line : item.lines)
@@ -37,7 +38,7 @@ Canvas DrawControls(HWND dialog) {
 // A window's frame with its caption around what is drawn in it.
 Canvas Window(const Text& caption, int width, int height) {
     Canvas canvas(width, height);
-    canvas.Frame(0, 0, width - 1, height - 1, CodePoints(caption));
+    canvas.Frame(0, 0, width - 1, height - 1, Printable(caption));
     return canvas;
 }
 
@@ -54,8 +55,8 @@ void DrawTabs(Canvas& canvas, int y, const std::vector<Text>& titles, std::size_
     canvas.Put(canvas.Width() - 1, y + 2, U"┤");
     int x = kMargin;
     for (std::size_t i = 0; i < titles.size(); ++i) {
-        const std::u32string title = U" " + CodePoints(titles[i]) + U" ";
-        const int right = x + static_cast<int>(title.size()) + 1;
+        const std::u32string title = U" " + Printable(titles[i]) + U" ";
+        const int right = x + ColumnsOf(title) + 1;
         canvas.Frame(x, y, right, y + 2, U"");
         canvas.Put(x + 1, y + 1, title);
         canvas.Put(x, y + 2, i == active ? U"┘" : i == active + 1 ? U"└" : U"┴");
@@ -70,7 +71,7 @@ void DrawTabs(Canvas& canvas, int y, const std::vector<Text>& titles, std::size_
 void DrawButtons(Canvas& canvas, int y, const std::vector<std::u32string>& buttons) {
     int x = canvas.Width() - kMargin;
     for (auto button = buttons.rbegin(); button != buttons.rend(); ++button) {
-        x -= static_cast<int>(button->size());
+        x -= ColumnsOf(*button);
         canvas.Put(x, y, *button);
         x -= 2;
     }
@@ -107,15 +108,14 @@ std::string DrawSheet(const Sheet& sheet) {
 
 std::string DrawMessageBox(const Box& box) {
     const std::vector<std::u32string> lines = Wrap(CodePoints(box.text), kWidestBoxText);
-    std::size_t width = box.caption.size() + 4;
+    int width = std::min(ColumnsOf(Printable(box.caption)), kWidestBoxText) + 4;
     for (const std::u32string& line : lines)
-        width = std::max(width, line.size());
+        width = std::max(width, ColumnsOf(line));
     std::vector<std::u32string> buttons;
     for (const int id : ButtonsOf(box.style))
         buttons.push_back(ButtonOf(CodePoints(FromUtf8(LabelOfButton(id))), true, 10));
     const auto rows = static_cast<int>(lines.size());
-    Canvas canvas = Window(
-        box.caption, std::max(static_cast<int>(width) + 2 * kMargin, kNarrowestWindow), rows + 5);
+    Canvas canvas = Window(box.caption, std::max(width + 2 * kMargin, kNarrowestWindow), rows + 5);
     for (int i = 0; i < rows; ++i)
         canvas.Put(kMargin, 2 + i, lines[static_cast<std::size_t>(i)]);
     DrawButtons(canvas, rows + 3, buttons);

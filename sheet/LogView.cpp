@@ -45,9 +45,7 @@ std::string ReadTuningLog() {
         bytes.append(piece, read);
     CloseHandle(file);
 
-    Text text = Decode(bytes);
-    std::erase(text, TEXT('\r'));
-    return ToUtf8(text);
+    return ToUtf8(Decode(bytes));
 }
 
 }  // namespace sheet

@@ -5,7 +5,7 @@
 
 namespace sheet {
 
-// The whole log in UTF-8 with plain line ends; empty when there is none. Refusal: it is there and
+// The whole log in UTF-8; empty when there is none. Refusal: it is there and
 // can't be read.
 std::string ReadTuningLog();
 

@@ -2,6 +2,7 @@
 
 #include <algorithm>
 
+#include "Columns.h"
 #include "NodeMap.h"
 #include "Placement.h"
 
@@ -28,11 +29,8 @@ void PutAt(Line& line, std::size_t column, const Line& piece) {
 }
 
 // A line of a name that may hold anything.
-Line Heading(Line text) {
-    std::replace_if(
-        text.begin(), text.end(), [](char32_t point) { return point < U' '; }, U'\uFFFD');
-    if (text.size() > kWidth) text = text.substr(0, kWidth - 1) + U"…";
-    return text;
+Line Heading(const Line& text) {
+    return Shortened(Printable(text), static_cast<int>(kWidth));
 }
 
 // How close processors and nodes stand, from the widest on.

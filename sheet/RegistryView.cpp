@@ -19,14 +19,14 @@ std::string Quoted(TextView text) {
     return quoted + "\"";
 }
 
-// The value's text when it is just that and one terminator, and can be written in UTF-8.
+// The value's text when it is just that and one terminator, and can be printed in UTF-8.
 bool IsPlainText(const Key::Value& value, Text& text) {
     if (value.type != REG_SZ || value.data.size() % sizeof(WCHAR) != 0) return false;
     text.assign(value.data.size() / sizeof(WCHAR), TEXT('\0'));
     std::copy(value.data.begin(), value.data.end(), reinterpret_cast<BYTE*>(text.data()));
     if (text.empty() || text.find(TEXT('\0')) != text.size() - 1) return false;
     text.pop_back();
-    return FromUtf8(ToUtf8(text)) == text;
+    return FromUtf8(ToUtf8(Printable(text))) == text;
 }
 
 // name: as it stands in front of the data.

@@ -1,5 +1,8 @@
 #include "SheetText.h"
 
+#include <algorithm>
+#include <iterator>
+
 namespace sheet {
 
 namespace {
@@ -52,6 +55,22 @@ char32_t TakeUtf8(std::string_view& text) {
     return good ? point : kReplacement;
 }
 
+struct Range {
+    char32_t first;
+    char32_t last;
+};
+// The control characters, and those that change the direction of text.
+constexpr Range kTerminalControls[] = {
+    {0x00, 0x1F},     {0x7F, 0x9F},     {0x061C, 0x061C},
+    {0x200E, 0x200F}, {0x202A, 0x202E}, {0x2066, 0x2069},
+};
+
+bool ControlsTerminal(char32_t point) {
+    return std::any_of(
+        std::begin(kTerminalControls), std::end(kTerminalControls),
+        [&](const Range& range) { return point >= range.first && point <= range.last; });
+}
+
 }  // namespace
 
 std::u32string CodePoints(TextView text) {
@@ -80,6 +99,30 @@ std::string ToUtf8(const std::u32string& text) {
 
 std::string ToUtf8(TextView text) {
     return ToUtf8(CodePoints(text));
+}
+
+std::u32string Printable(std::u32string_view text) {
+    std::u32string printable;
+    for (std::size_t i = 0; i < text.size(); ++i) {
+        const char32_t point = text[i];
+        if (!ControlsTerminal(point)) {
+            printable += point;
+            continue;
+        }
+        if (point == U'\n' || point == U'\r') {
+            if (text.substr(i, 2) == U"\r\n") ++i;
+            printable += U"\\n";
+            continue;
+        }
+        printable += U"\\u";
+        for (int shift = 12; shift >= 0; shift -= 4)
+            printable += U"0123456789abcdef"[point >> shift & 0xF];
+    }
+    return printable;
+}
+
+std::u32string Printable(TextView text) {
+    return Printable(CodePoints(text));
 }
 
 Text FromUtf8(std::string_view text) {

@@ -1,23 +1,54 @@
 #include "Transcript.h"
 
+#include <algorithm>
+#include <cerrno>
 #include <cstdio>
+#include <cstring>
+#include <utility>
 
 namespace sheet {
 
-std::string Field(TextView text) {
-    Text escaped;
-    for (std::size_t i = 0; i < text.size(); ++i) {
-        const WCHAR unit = text[i];
-        const bool breaks = unit == TEXT('\r') && i + 1 < text.size() && text[i + 1] == TEXT('\n');
-        if (breaks) continue;
-        if (unit == TEXT('\n') || unit == TEXT('\r')) {
-            escaped += TEXT("\\n");
-            continue;
-        }
-        if (unit == TEXT('\\') || unit == TEXT('|')) escaped += TEXT('\\');
-        escaped += unit;
+namespace {
+
+bool g_hasFailed = false;
+
+bool IsPlain(std::string_view text) {
+    return std::all_of(text.begin(), text.end(),
+                       [](char c) { return c == '\n' || (c >= ' ' && c <= '~'); });
+}
+
+std::string PrintableLines(std::string_view text) {
+    std::string lines;
+    for (;;) {
+        const std::size_t end = text.find('\n');
+        std::string_view line = text.substr(0, end);
+        if (end != std::string_view::npos && line.ends_with('\r')) line.remove_suffix(1);
+        lines += ToUtf8(Printable(FromUtf8(line)));
+        if (end == std::string_view::npos) return lines;
+        lines += '\n';
+        text.remove_prefix(end + 1);
     }
-    return ToUtf8(escaped);
+}
+
+void Write(std::FILE* stream, const char* name, std::string_view text) {
+    const std::string printable = IsPlain(text) ? std::string(text) : PrintableLines(text);
+    const bool isWritten =
+        std::fwrite(printable.data(), 1, printable.size(), stream) == printable.size() &&
+        std::fflush(stream) == 0;
+    if (isWritten || std::exchange(g_hasFailed, true)) return;
+    std::fprintf(stderr, "sheet: %s can't be written: %s\n", name, std::strerror(errno));
+    std::fflush(stderr);
+}
+
+}  // namespace
+
+std::string Field(TextView text) {
+    std::u32string escaped;
+    for (const char32_t point : CodePoints(text)) {
+        if (point == U'\\' || point == U'|') escaped += U'\\';
+        escaped += point;
+    }
+    return ToUtf8(Printable(escaped));
 }
 
 void AddField(std::string& line, std::string_view field) {
@@ -38,19 +69,19 @@ std::string Line(std::initializer_list<std::string_view> fields) {
 }
 
 void Print(std::string_view text) {
-    std::fwrite(text.data(), 1, text.size(), stdout);
-    std::fflush(stdout);
+    Write(stdout, "standard output", text);
+}
+
+void PrintError(std::string_view text) {
+    Write(stderr, "standard error", text);
 }
 
 void PrintRefusal(std::string_view reason) {
-    std::string line = "sheet: " + std::string(reason);
-    for (char& c : line) {
-        if (c == '\n' || c == '\r') c = ' ';
-    }
-    line += '\n';
-    std::fflush(stdout);
-    std::fwrite(line.data(), 1, line.size(), stderr);
-    std::fflush(stderr);
+    PrintError("sheet: " + ToUtf8(Printable(FromUtf8(reason))) + "\n");
+}
+
+bool HasPrintingFailed() {
+    return g_hasFailed;
 }
 
 }  // namespace sheet

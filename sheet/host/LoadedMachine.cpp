@@ -1,6 +1,5 @@
 #include "LoadedMachine.h"
 
-#include <cstdio>
 #include <filesystem>
 #include <fstream>
 
@@ -19,9 +18,7 @@ namespace {
 void PrintCall(const platform::Trace::Record& call) {
     const std::string argument = call.argument.empty() ? "-" : Field(call.argument);
     const std::string thread = "thread " + std::to_string(call.thread);
-    const std::string line =
-        Line({"call", call.name, argument, thread, call.failed ? "fault" : "-"});
-    std::fwrite(line.data(), 1, line.size(), stderr);
+    PrintError(Line({"call", call.name, argument, thread, call.failed ? "fault" : "-"}));
 }
 
 }  // namespace
