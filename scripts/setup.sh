@@ -30,7 +30,7 @@ have_packages() {
     return 1
 }
 
-host_packages=(cmake ninja-build g++ libgtest-dev libexpat1-dev binutils-mingw-w64-x86-64)
+host_packages=(cmake ninja-build g++ libgtest-dev libexpat1-dev libedit-dev binutils-mingw-w64-x86-64)
 windows_packages=(cmake ninja-build g++-mingw-w64-x86-64-posix binutils-mingw-w64-x86-64 libgtest-dev)
 wine_packages=(wine64 wine xvfb xauth)
 picture_packages=(imagemagick fonts-liberation fonts-wine)

@@ -6,6 +6,7 @@
 
 #include "RegistryAccess.h"
 #include "Seam.h"
+#include "Transcript.h"
 
 namespace sheet {
 
@@ -126,6 +127,20 @@ class DeviceList {
     bool m_open;
 };
 
+namespace {
+
+// What a provider adds for the device of the list.
+std::vector<HPROPSHEETPAGE> MakePages(DeviceList& list, Provider provider) {
+    std::vector<HPROPSHEETPAGE> pages;
+    if (provider == nullptr || !list.IsOpen()) return pages;
+    const LibraryCall call;
+    SP_PROPSHEETPAGE_REQUEST request = list.Request();
+    provider(&request, AddPage, reinterpret_cast<LPARAM>(&pages));
+    return pages;
+}
+
+}  // namespace
+
 DeviceManager::~DeviceManager() {
     for (const HMODULE library : m_libraries)
         FreeLibrary(library);
@@ -164,15 +179,41 @@ std::optional<Device> DeviceManager::First() {
     return withProvider ? withProvider : adapter;
 }
 
+std::vector<Device> DeviceManager::All() const {
+    std::vector<Device> devices;
+    std::vector<Device> others;
+    WalkDevices([&](const Entry& entry) {
+        const bool isLikely = entry.isNetworkAdapter || entry.provider;
+        (isLikely ? devices : others).push_back(DeviceOf(entry));
+        return false;
+    });
+    devices.insert(devices.end(), others.begin(), others.end());
+    return devices;
+}
+
+std::vector<Device> DeviceManager::WithTabs() {
+    std::vector<Device> devices = All();
+    std::erase_if(devices, [&](const Device& device) {
+        DeviceList list(device.instanceId);
+        const auto pages = MakePages(list, LoadProvider(device.provider));
+        const LibraryCall call;
+        for (const HPROPSHEETPAGE page : pages)
+            DestroyPropertySheetPage(page);
+        return pages.empty();
+    });
+    return devices;
+}
+
+std::string ListDevices(const std::vector<Device>& devices) {
+    std::string lines;
+    for (const Device& device : devices)
+        lines += Line({"device", Field(device.instanceId), Field(device.name)});
+    return lines;
+}
+
 Sheet::Sheet(const Device& device, Provider provider)
     : m_instanceId(device.instanceId), m_list(std::make_unique<DeviceList>(device.instanceId)) {
-    std::vector<HPROPSHEETPAGE> pages;
-    if (provider == nullptr || !m_list->IsOpen()) return;
-    {
-        const LibraryCall call;
-        SP_PROPSHEETPAGE_REQUEST request = m_list->Request();
-        provider(&request, AddPage, reinterpret_cast<LPARAM>(&pages));
-    }
+    std::vector<HPROPSHEETPAGE> pages = MakePages(*m_list, provider);
     if (pages.empty()) return;
 
     const Text caption = device.name + TEXT(" Properties");

@@ -4,6 +4,7 @@
 
 #include <memory>
 #include <optional>
+#include <string>
 #include <vector>
 
 #include <windows.h>
@@ -37,12 +38,19 @@ class DeviceManager {
     // The first device whose class key names a provider that can be loaded, else the first network
     // adapter; nothing on a machine without one.
     std::optional<Device> First();
+    // All devices, network adapters and those whose class key names a provider first.
+    std::vector<Device> All() const;
+    // Those to whose sheet a provider adds tabs. Their providers are called.
+    std::vector<Device> WithTabs();
     // The function that "Dll,Function" names; null when it can't be loaded.
     Provider LoadProvider(const Text& provider);
 
   private:
     std::vector<HMODULE> m_libraries;
 };
+
+// "device | INSTANCE-ID | NAME", a line each.
+std::string ListDevices(const std::vector<Device>& devices);
 
 class DeviceList;
 

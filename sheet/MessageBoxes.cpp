@@ -40,6 +40,11 @@ std::vector<int> ButtonsOf(UINT style) {
 int DefaultAnswer(UINT style) {
     const std::vector<int> buttons = ButtonsOf(style);
     if (buttons.front() == IDOK || buttons.front() == IDYES) return buttons.front();
+    return EnterAnswer(style);
+}
+
+int EnterAnswer(UINT style) {
+    const std::vector<int> buttons = ButtonsOf(style);
     const std::size_t index = (style & MB_DEFMASK) / MB_DEFBUTTON2;
     return buttons[std::min(index, buttons.size() - 1)];
 }
@@ -71,6 +76,13 @@ const char* LabelOfButton(int id) {
         if (id == button.id) return button.label;
     }
     return "?";
+}
+
+std::vector<std::string> ButtonNames(const Box& box) {
+    std::vector<std::string> names;
+    for (const int id : ButtonsOf(box.style))
+        names.emplace_back(NameOfButton(id));
+    return names;
 }
 
 std::string ListControls(const Box& box) {

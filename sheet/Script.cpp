@@ -25,13 +25,26 @@ std::string_view WithoutComment(std::string_view text, bool strict) {
 }  // namespace
 
 Script::Script(std::istream& input, std::string name, Echo echo)
-    : m_input(input), m_name(std::move(name)), m_echo(echo) {}
+    : m_input(&input), m_name(std::move(name)), m_echo(echo) {}
 
-std::optional<std::string> Script::Next() {
+Script::Script(Terminal& terminal) : m_terminal(&terminal) {}
+
+bool Script::ReadLine(std::string& line, const Terminal::Completer& complete) {
+    if (m_terminal != nullptr) {
+        std::optional<std::string> typed = m_terminal->ReadLine(kPrompt, complete);
+        if (!typed) return false;
+        line = std::move(*typed);
+        m_terminal->Remember(line);
+        return true;
+    }
+    if (std::getline(*m_input, line)) return true;
+    if (m_input->bad()) throw Refusal{"the next line can't be read"};
+    return false;
+}
+
+std::optional<std::string> Script::Next(const Terminal::Completer& complete) {
     std::string line;
-    for (;;) {
-        if (m_echo == Echo::Prompt) Print(kPrompt);
-        if (!std::getline(m_input, line)) return std::nullopt;
+    while (ReadLine(line, complete)) {
         ++m_line;
         std::string_view text = line;
         if (m_line == 1 && text.starts_with("\xEF\xBB\xBF")) text.remove_prefix(3);
@@ -42,6 +55,19 @@ std::optional<std::string> Script::Next() {
             Print((isCommand ? std::string(kPrompt) : "") + std::string(text) + "\n");
         if (isCommand) return std::string(text);
     }
+    return std::nullopt;
+}
+
+std::optional<std::string> Script::Ask(const std::string& prompt,
+                                       const std::vector<std::string>& answers) const {
+    const auto complete = [&](const std::string& line) {
+        std::vector<std::string> matching = answers;
+        std::erase_if(matching,
+                      [&](const std::string& answer) { return !answer.starts_with(line); });
+        return matching;
+    };
+    const std::optional<std::string> line = m_terminal->ReadLine(prompt, complete);
+    return line ? std::optional(std::string(Trim(*line))) : std::nullopt;
 }
 
 std::string Script::Place() const {
@@ -55,33 +81,32 @@ FirstWord SplitFirst(std::string_view text) {
     return {text.substr(0, end), Trim(text.substr(end))};
 }
 
-std::optional<std::vector<std::string>> SplitArguments(std::string_view text, Arguments form,
-                                                       std::size_t count) {
-    const bool free = form == Arguments::Rest || form == Arguments::RestAndWord;
-    text = WithoutComment(Trim(text), free);
+SplitLine SplitArguments(std::string_view text, Arguments form, std::size_t count) {
+    text = Trim(text);
+    const bool isLabel = form == Arguments::WordOrLabel && text.starts_with('"');
+    const bool free = form == Arguments::Rest || form == Arguments::RestAndWord || isLabel;
+    text = WithoutComment(text, free);
     std::vector<std::string> arguments;
-    const std::size_t words = form == Arguments::Words  ? count
-                              : form == Arguments::Rest ? count - 1
-                              : form == Arguments::None ? 0
-                                                        : 1;
-    while (arguments.size() < words) {
+    const std::size_t words = isLabel                          ? 0
+                              : form == Arguments::Rest        ? count - 1
+                              : form == Arguments::RestAndWord ? 1
+                                                               : count;
+    while (arguments.size() < words && !text.empty()) {
         const FirstWord first = SplitFirst(text);
-        if (first.word.empty()) return std::nullopt;
         arguments.emplace_back(first.word);
         text = first.rest;
     }
-    if (!free) {
-        if (!text.empty()) return std::nullopt;
-        return arguments;
+    if (!free) return {arguments, text};
+    if (form == Arguments::RestAndWord && !text.empty()) {
+        const auto blank = text.find_last_of(kBlanks);
+        arguments.emplace_back(Trim(text.substr(0, blank)));
+        text = blank == std::string_view::npos ? std::string_view() : text.substr(blank + 1);
+    } else if (const auto quote = text.rfind('"'); isLabel && quote != 0) {
+        arguments.emplace_back(text.substr(0, quote + 1));
+        return {arguments, Trim(text.substr(quote + 1))};
     }
-    if (form == Arguments::RestAndWord) {
-        const auto last = text.find_last_of(kBlanks);
-        if (last == std::string_view::npos) return std::nullopt;
-        arguments.emplace_back(Trim(text.substr(0, last)));
-        text = text.substr(last + 1);
-    }
-    arguments.emplace_back(text);
-    return arguments;
+    if (!text.empty()) arguments.emplace_back(text);
+    return {arguments, {}};
 }
 
 std::optional<unsigned long long> ReadNumber(std::string_view text, unsigned long long limit) {

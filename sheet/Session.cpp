@@ -2,6 +2,8 @@
 
 #include <algorithm>
 
+#include "Controls.h"
+#include "Drawing.h"
 #include "Seam.h"
 #include "Transcript.h"
 
@@ -12,6 +14,13 @@ namespace {
 constexpr int kExitRefused = 2;
 // A sheet or dialog that hasn't gone after so many attempts never will.
 constexpr int kMostClosingSteps = 1000;
+
+constexpr std::size_t kMostToldDevices = 20;
+
+bool HasButton(const Box& box, int button) {
+    const std::vector<int> buttons = ButtonsOf(box.style);
+    return std::find(buttons.begin(), buttons.end(), button) != buttons.end();
+}
 
 // The dialog in front of a window, or the window itself.
 HWND FrontOf(HWND window) {
@@ -24,8 +33,8 @@ HWND FrontOf(HWND window) {
 
 }  // namespace
 
-Session::Session(Script& script, Executor execute)
-    : m_script(script), m_execute(std::move(execute)) {}
+Session::Session(Script& script, Executor execute, Completer complete)
+    : m_script(script), m_execute(std::move(execute)), m_complete(std::move(complete)) {}
 
 int Session::Run(const std::optional<Text>& instanceId) {
     RememberRegistry();
@@ -34,46 +43,85 @@ int Session::Run(const std::optional<Text>& instanceId) {
     } else if (const std::optional<Device> first = m_devices.First()) {
         m_sheets.Add(std::make_unique<Sheet>(*first, m_devices.LoadProvider(first->provider)));
     }
+    const Sheet* const sheet = m_sheets.Current();
+    if (HasPerson() && (sheet == nullptr || !sheet->HasTabs())) TellDevices();
     MSG message;
     while (GetMessageW(&message, nullptr, 0, 0) > 0) {
         m_sheets.Dispatch(message);
         m_sheets.CloseFinished();
     }
-    return m_exitCode;
+    return HasPrintingFailed() ? kExitRefused : m_exitCode;
+}
+
+// For a person whose device has no tabs.
+void Session::TellDevices() {
+    const std::vector<Device> withTabs = m_devices.WithTabs();
+    if (!withTabs.empty()) {
+        Print("The sheet has no tabs. These devices have some:\n" + ListDevices(withTabs));
+        return;
+    }
+    std::vector<Device> all = m_devices.All();
+    const std::size_t count = all.size();
+    all.resize(std::min(count, kMostToldDevices));
+    Print(all.empty() ? "This machine has no devices.\n"
+                      : "No device of this machine has tabs. It has:\n" + ListDevices(all));
+    if (count > all.size()) Print("and " + std::to_string(count - all.size()) + " more\n");
 }
 
 int Session::OnMessageBox(const Box& box) {
-    const std::vector<int> buttons = ButtonsOf(box.style);
-    int answer = AnswerUnasked(box.style);
+    const std::optional<int> answer = AnswerTo(box);
+    if (!answer) {
+        m_boxes.push_back(box);
+        return 0;
+    }
+    Print(DescribeBox(box, *answer));
+    return *answer;
+}
+
+// Nothing: the box is left up.
+std::optional<int> Session::AnswerTo(const Box& box) {
     if (!m_answers.empty()) {
         const std::optional<int> queued = m_answers.front();
         m_answers.pop_front();
-        if (!queued && !m_isEnding) {
-            m_boxes.push_back(box);
-            return 0;
-        }
-        if (queued && std::find(buttons.begin(), buttons.end(), *queued) == buttons.end()) {
+        if (!queued && !m_isEnding) return std::nullopt;
+        if (queued && HasButton(box, *queued)) return queued;
+        if (queued)
             Refuse("the box \"" + ToUtf8(box.caption) + "\" has no button " + NameOfButton(*queued),
                    m_script.Place());
-            answer = AnswerUnasked(box.style);
-        } else if (queued) {
-            answer = *queued;
-        }
     }
-    Print(DescribeBox(box, answer));
-    return answer;
+    return HasPerson() ? AskAnswer(box) : AnswerUnasked(box.style);
 }
 
-// After a refusal nothing that was under way is carried on.
+std::optional<int> Session::AskAnswer(const Box& box) {
+    Print(DrawMessageBox(box));
+    std::vector<std::string> names = ButtonNames(box);
+    std::string prompt;
+    for (const std::string& name : names)
+        prompt += name + ", ";
+    prompt += std::string("hold [") + NameOfButton(EnterAnswer(box.style)) + "]> ";
+    names.emplace_back("hold");
+    while (const std::optional<std::string> line = m_script.Ask(prompt, names)) {
+        if (line->empty()) return EnterAnswer(box.style);
+        if (*line == "hold") return std::nullopt;
+        const std::optional<int> button = ButtonNamed(*line);
+        if (button && HasButton(box, *button)) return button;
+        PrintRefusal("the box has no button " + *line);
+    }
+    m_isEnding = true;
+    return AnswerUnasked(box.style);
+}
+
+// After a failure, or when the person has gone, nothing that was under way is carried on.
 int Session::AnswerUnasked(UINT style) const {
-    return m_exitCode == kExitRefused ? CautiousAnswer(style) : DefaultAnswer(style);
+    const bool isCautious =
+        m_exitCode == kExitRefused || HasPrintingFailed() || m_script.IsInteractive();
+    return isCautious ? CautiousAnswer(style) : DefaultAnswer(style);
 }
 
 void Session::AnswerBox(int button) {
     if (m_boxes.empty()) throw Refusal{"no message box is up"};
     const Box box = m_boxes.back();
-    const std::vector<int> buttons = ButtonsOf(box.style);
-    if (std::find(buttons.begin(), buttons.end(), button) == buttons.end())
+    if (!HasButton(box, button))
         throw Refusal{"the box \"" + ToUtf8(box.caption) + "\" has no such button"};
     m_boxes.pop_back();
     Print(DescribeBox(box, button));
@@ -81,8 +129,37 @@ void Session::AnswerBox(int button) {
                  reinterpret_cast<LPARAM>(GetDlgItem(box.window, button)));
 }
 
+void Session::PressButton(const Text& label) {
+    if (m_boxes.empty()) {
+        PressControl(ActiveWindow(), label);
+        return;
+    }
+    for (const int id : ButtonsOf(m_boxes.back().style)) {
+        if (FromUtf8(LabelOfButton(id)) == label) return AnswerBox(id);
+    }
+    throw Refusal{"the box \"" + ToUtf8(m_boxes.back().caption) + "\" has no button \"" +
+                  ToUtf8(label) + "\""};
+}
+
+std::vector<Text> Session::PressableLabels() {
+    std::vector<Text> labels;
+    if (m_boxes.empty()) {
+        const Sheet* const sheet = m_sheets.Current();
+        return sheet != nullptr && sheet->HasTabs() ? ButtonLabels(ActiveWindow()) : labels;
+    }
+    for (const int id : ButtonsOf(m_boxes.back().style))
+        labels.push_back(FromUtf8(LabelOfButton(id)));
+    return labels;
+}
+
 std::optional<Text> Session::OnFileDialog() {
-    if (m_files.empty()) return std::nullopt;
+    if (m_files.empty()) {
+        const auto name =
+            HasPerson() ? m_script.Ask("name of the file [cancel]> ", {}) : std::nullopt;
+        if (name && !name->empty()) return FromUtf8(*name);
+        Print(Line({"file", m_script.IsInteractive() ? "-" : "no name was queued", "cancel"}));
+        return std::nullopt;
+    }
     std::optional<Text> path = std::move(m_files.front());
     m_files.pop_front();
     return path;
@@ -90,15 +167,26 @@ std::optional<Text> Session::OnFileDialog() {
 
 bool Session::OnIdle() {
     m_sheets.CloseFinished();
+    if (HasPrintingFailed()) {
+        m_exitCode = kExitRefused;
+        m_isEnding = true;
+    }
     if (m_isEnding) return Close();
     if (DoWhatIsDue()) return true;
     if (MachineTime() < m_waitsUntil) return false;
-    if (const std::optional<std::string> line = m_script.Next()) {
-        Do(*line, m_script.Place());
-    } else {
-        m_isEnding = true;
-    }
+    DoNextLine();
     return true;
+}
+
+void Session::DoNextLine() {
+    try {
+        const std::optional<std::string> line = m_script.Next(
+            [this](const std::string& beginning) { return m_complete(*this, beginning); });
+        if (!line) m_isEnding = true;
+        if (line) Do(*line, m_script.Place());
+    } catch (const Refusal& refusal) {
+        Refuse(refusal.reason, m_script.Place());
+    }
 }
 
 bool Session::DoWhatIsDue() {

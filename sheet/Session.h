@@ -21,19 +21,24 @@ class Session {
     // Does one line of the script for a session; throws Refusal.
     using Executor = std::function<void(Session&, const std::string& line)>;
 
-    // script: borrowed.
-    Session(Script& script, Executor execute);
+    // The lines that a person's beginning of one may become.
+    using Completer =
+        std::function<std::vector<std::string>(Session&, const std::string& beginning)>;
+
+    // script: borrowed. complete: for a script that a person types.
+    Session(Script& script, Executor execute, Completer complete = {});
 
     // Opens the sheet of the named device, or of the first one, and follows the script to its end:
     // then a box that is up gets its default, the sheets are cancelled. Gives the exit code: 0, or
     // 2 when something was refused. Refusal: the named device isn't there; nothing has happened.
     int Run(const std::optional<Text>& instanceId);
 
-    // What the machine's user is asked. The id of the button, or 0 to leave the box up.
+    // What the machine's user is asked; without a queued answer a person at a terminal is asked in
+    // turn. The id of the button, or 0 to leave the box up.
     int OnMessageBox(const Box& box);
     // The path, or nothing for Cancel.
     std::optional<Text> OnFileDialog();
-    // Does the next deed; false when there is none.
+    // Does the next command; false when there is none.
     bool OnIdle();
 
     // For the commands. The current sheet; refused when there is none or it has no tabs.
@@ -48,11 +53,18 @@ class Session {
     const Box* OpenBox() const { return m_boxes.empty() ? nullptr : &m_boxes.back(); }
     // Presses a button of that box; refused when it has no such button.
     void AnswerBox(int button);
+    // Presses the button of that label, of the open box or of the active window; refused without
+    // one.
+    void PressButton(const Text& label);
+    std::vector<Text> PressableLabels();
     void QueueAnswer(std::optional<int> button) { m_answers.push_back(button); }
     void QueueFile(std::optional<Text> path) { m_files.push_back(std::move(path)); }
+    DeviceManager& Devices() { return m_devices; }
     void OpenDevice(const Text& instanceId);
     void Wait(std::uint64_t milliseconds);
     void At(std::uint64_t time, const std::string& line);
+    // As at the end of the script.
+    void End() { m_isEnding = true; }
 
   private:
     struct Planned {
@@ -60,14 +72,20 @@ class Session {
         std::string place;
     };
 
+    bool HasPerson() const { return m_script.IsInteractive() && !m_isEnding; }
+    void TellDevices();
+    std::optional<int> AnswerTo(const Box& box);
+    std::optional<int> AskAnswer(const Box& box);
     int AnswerUnasked(UINT style) const;
     void Do(const std::string& line, const std::string& place);
+    void DoNextLine();
     void Refuse(const std::string& reason, const std::string& place);
     bool DoWhatIsDue();
     bool Close();
 
     Script& m_script;
     Executor m_execute;
+    Completer m_complete;
     DeviceManager m_devices;
     Sheets m_sheets;
     std::vector<Box> m_boxes;                  // those that were left up

@@ -63,8 +63,9 @@ std::string Usage() {
            "  --echo    prints the script's lines as well, comments too\n"
            "  --trace   prints each of the library's system calls to standard error\n"
            "\n"
-           "Exit code: 0; 2 when an argument, a file or a command was refused; 3 when the machine\n"
-           "stopped, as in a deadlock.\n";
+           "Exit code: 0; 2 when an argument, a file or a command was refused, or the output "
+           "can't\n"
+           "be written; 3 when the machine stopped, as in a deadlock or for lack of memory.\n";
 }
 
 }  // namespace sheet

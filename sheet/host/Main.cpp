@@ -1,8 +1,11 @@
 // The device manager over a machine that is loaded from a file.
 
+#include <fcntl.h>
 #include <unistd.h>
 
+#include <csignal>
 #include <cstdlib>
+#include <filesystem>
 #include <fstream>
 #include <iostream>
 #include <new>
@@ -12,6 +15,7 @@
 #include "../Transcript.h"
 #include "Arguments.h"
 #include "Call.h"
+#include "LineEditor.h"
 #include "LoadedMachine.h"
 
 namespace sheet {
@@ -31,36 +35,37 @@ constexpr int kExitStopped = 3;
 
 int RunSession(platform::Machine& machine, const Options& options, Script& script) {
     const platform::QuietScope quiet;
-    Session session(script, Execute);
+    Session session(script, Execute, Complete);
     const SessionUser user(machine, session);
-    int exitCode = 0;
     try {
-        exitCode =
-            session.Run(options.device ? std::optional(FromUtf8(*options.device)) : std::nullopt);
+        return session.Run(options.device ? std::optional(FromUtf8(*options.device))
+                                          : std::nullopt);
     } catch (const platform::MachineEnded&) {
         // The machine has said why. It can't be taken down: its threads stand where they stood.
         std::_Exit(kExitStopped);
     }
-    return exitCode;
 }
 
 int Run(const Options& options) {
     if (options.help) {
         Print(Usage());
-        return 0;
+        return HasPrintingFailed() ? kExitRefused : 0;
     }
     std::ifstream file;
     const bool fromFile = options.script && *options.script != "-";
     if (fromFile) {
+        std::error_code ignored;
         file.open(*options.script);
-        if (!file) throw Refusal{*options.script + ": can't be read"};
+        // A folder opens like a file.
+        if (!file || std::filesystem::is_directory(*options.script, ignored))
+            throw Refusal{*options.script + ": can't be read"};
     }
-    const bool asks = !options.script && isatty(STDIN_FILENO) != 0;
-    Script script(fromFile ? static_cast<std::istream&>(file) : std::cin,
-                  fromFile ? *options.script : "standard input",
-                  asks           ? Script::Echo::Prompt
-                  : options.echo ? Script::Echo::Lines
-                                 : Script::Echo::None);
+    LineEditor editor;
+    Script script = !options.script && LineEditor::IsAtTerminal()
+                        ? Script(editor)
+                        : Script(fromFile ? static_cast<std::istream&>(file) : std::cin,
+                                 fromFile ? *options.script : "standard input",
+                                 options.echo ? Script::Echo::Lines : Script::Echo::None);
 
     platform::Machine machine;
     Load(machine, options);
@@ -69,12 +74,24 @@ int Run(const Options& options) {
     return exitCode;
 }
 
+// A standard stream that the caller has closed would be the next file that is opened.
+void KeepStandardStreams() {
+    for (const int stream : {STDIN_FILENO, STDOUT_FILENO, STDERR_FILENO}) {
+        if (fcntl(stream, F_GETFD) == -1)
+            open("/dev/null", stream == STDIN_FILENO ? O_WRONLY : O_RDONLY);
+    }
+}
+
 }  // namespace
 
 }  // namespace sheet
 
 int main(int argc, char** argv) {
+    sheet::KeepStandardStreams();
+    std::signal(SIGPIPE, SIG_IGN);
     std::set_new_handler(sheet::EndWithoutMemory);
+    // So that a failure to read is told from the end.
+    std::ios::sync_with_stdio(false);
     try {
         return sheet::Run(sheet::ReadArguments({argv + 1, argv + argc}));
     } catch (const sheet::Refusal& refusal) {

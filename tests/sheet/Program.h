@@ -29,8 +29,12 @@ class Program {
     std::string Read(const std::string& name) const;
     std::string Machine() const { return Path("machine.reg"); }
 
-    // With these arguments and that standard input.
-    Result RunWith(const std::vector<std::string>& arguments, const std::string& input = "") const;
+    // With these arguments and that standard input; output goes to that file, or into the result.
+    Result RunWith(const std::vector<std::string>& arguments, const std::string& input = "",
+                   const std::string& output = "") const;
+    // With the machine file, at a terminal: each line is typed when the program prompts for it.
+    // Gives what the terminal shows.
+    Result AtTerminal(const std::vector<std::string>& lines) const;
     // With the machine file, the script as standard input, and further arguments.
     Result Run(const std::string& script, std::vector<std::string> more = {}) const;
 

@@ -31,6 +31,14 @@ TEST(Refusal, CommandsThatCannotBeDone) {
         {"device PCI\\NOTHING\\1", "there is no device PCI\\NOTHING\\1"},
         {"merge nothing.reg", "nothing.reg: can't be read"},
         {"dance", "there is no command \"dance\""},
+        {"press \"Run\"", "there is no button \"Run\""},
+        {"press \"Run Tuning", "has no closing double quote"},
+        {"press \"Dual port traffic\" # hidden or disabled", "control 1087 is disabled"},
+        {"press", "usage: press ID|\"LABEL\" (ID|\"LABEL\" is missing)"},
+        {"select 1086", "usage: select ID TEXT (TEXT is missing)"},
+        {"check 1086 row", "usage: check ID ROW on|off (on|off is missing)"},
+        {"at 100", "usage: at MS COMMAND (COMMAND is missing)"},
+        {"tabs now", "usage: tabs (\"now\" is too much)"},
     };
     const Program program(Sample().OnePort(Sample::Kind::Ethernet));
     for (const auto& refused : kCases) {
@@ -62,6 +70,7 @@ TEST(Refusal, ArgumentsAndFiles) {
     } kCases[] = {
         {{machine, "--fast"}, "there is no option --fast"},
         {{machine, "--script", program.Path("none.txt")}, "none.txt: can't be read"},
+        {{machine, "--script", program.Path("")}, "/: can't be read"},
         {{broken}, broken + ":4: "},
         {{machine, "--device", "CVTA\\NONE\\1"}, "there is no device CVTA\\NONE\\1"},
         {{machine, "--files", file}, "a-file: can't be used as drive C:"},
@@ -74,6 +83,22 @@ TEST(Refusal, ArgumentsAndFiles) {
         EXPECT_EQ(result.out, "");
         ExpectOneLine(result.err, refused.reason);
     }
+}
+
+TEST(Refusal, WhatCannotBeWrittenIsToldAndEndsTheSession) {
+    const Program program;
+    const std::vector<std::string> kCases[] = {
+        {program.Machine(), "--script", "-", "--files", program.Path("C")},
+        {"--help"},
+    };
+    for (const auto& arguments : kCases) {
+        const auto result = program.RunWith(
+            arguments, "open Performance\npress 1086\nshow\npress 1090\n", "/dev/full");
+        EXPECT_EQ(result.code, 2);
+        ExpectOneLine(result.err, "standard output can't be written: ");
+    }
+    EXPECT_EQ(program.Read("C/Windows/System32/LogFiles/PerformanceTuning.log"), "\xFF\xFE")
+        << "nothing was run";
 }
 
 }  // namespace
