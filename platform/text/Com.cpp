@@ -8,11 +8,11 @@
 #include <map>
 #include <optional>
 #include <string_view>
+#include <vector>
 
 #include <objbase.h>
 
 #include "Text.h"
-#include "XmlDocument.h"
 
 // {00000000-0000-0000-C000-000000000046}
 extern const IID IID_IUnknown = {0, 0, 0, {0xC0, 0, 0, 0, 0, 0, 0, 0x46}};
@@ -24,14 +24,16 @@ namespace {
 
 constexpr char kind[] = "COM initialisation";
 
-struct ComClass {
+struct RegisteredClass {
     CLSID id;
     HRESULT (*create)(REFIID id, void** object);
 };
 
-const ComClass classes[] = {
-    {xmlDocumentClass, &CreateXmlDocument},
-};
+// Made by whoever asks first, since the classes register before the program begins.
+std::vector<RegisteredClass>& Classes() {
+    static std::vector<RegisteredClass> classes;
+    return classes;
+}
 
 // Which threads have initialised COM, how, and how often.
 class Apartments : public Part {
@@ -117,6 +119,10 @@ std::optional<GUID> ParseGuid(std::u16string_view text) {
 
 }  // namespace
 
+ComClass::ComClass(const CLSID& id, HRESULT (*create)(REFIID id, void** object)) {
+    Classes().push_back({id, create});
+}
+
 std::u16string GuidText(REFGUID guid) {
     char text[40];
     const BYTE* rest = guid.Data4;
@@ -152,7 +158,7 @@ HRESULT WINAPI CoCreateInstance(REFCLSID classId, LPUNKNOWN outer, DWORD context
     if (call.Failed()) return call.Result();
     const unsigned thread = call.machine.scheduler.CurrentThread();
     if (!call.machine.Get<platform::Apartments>().IsInitialised(thread)) return CO_E_NOTINITIALIZED;
-    for (const platform::ComClass& known : platform::classes) {
+    for (const platform::RegisteredClass& known : platform::Classes()) {
         if (known.id != classId || (context & CLSCTX_INPROC_SERVER) == 0) continue;
         return outer != nullptr ? CLASS_E_NOAGGREGATION : known.create(interfaceId, object);
     }

@@ -1,6 +1,6 @@
 #pragma once
-// What the stand-in's COM objects share. A class that CoCreateInstance gives is a row of the table
-// in Com.cpp.
+// What the stand-in's COM objects share. A class that CoCreateInstance makes stands with its
+// family, which registers it by a ComClass.
 
 #include <atomic>
 #include <string>
@@ -12,11 +12,20 @@
 
 namespace platform {
 
-// An object of one interface and those that it extends. Made with one reference, which its maker
-// hands out. The ledger holds the object, under the call that made it, until its last reference
-// goes; then it deletes itself.
-template <class Interface>
-class ComObject : public Interface {
+// One interface of an object, with the ids under which it is asked for: its own and those of the
+// interfaces that it extends, but IUnknown.
+template <class Interface, const IID&... ids>
+struct ComInterface {
+    using Type = Interface;
+    static bool Has(REFIID id) { return ((id == ids) || ...); }
+};
+
+// An object of several interfaces, each a ComInterface; the first one is its IUnknown, and counts
+// where two have the same id. Made with one reference, which its maker hands out (HandOut). Any
+// thread. The ledger holds the object, under the call that made it, until its last reference goes;
+// then it deletes itself. Each method that counts begins with a Call named "Interface::Method".
+template <class First, class... Others>
+class ComObject : public First::Type, public Others::Type... {
   public:
     ComObject(const ComObject&) = delete;
     ComObject& operator=(const ComObject&) = delete;
@@ -24,9 +33,12 @@ class ComObject : public Interface {
     HRESULT STDMETHODCALLTYPE QueryInterface(REFIID id, void** object) override {
         if (object == nullptr) return E_POINTER;
         *object = nullptr;
-        if (id != IID_IUnknown && !Supports(id)) return E_NOINTERFACE;
+        if (id == IID_IUnknown)
+            *object = static_cast<typename First::Type*>(this);
+        else
+            (Give<First>(id, object) || ... || Give<Others>(id, object));
+        if (*object == nullptr) return E_NOINTERFACE;
         AddRef();
-        *object = static_cast<Interface*>(this);
         return S_OK;
     }
     ULONG STDMETHODCALLTYPE AddRef() override { return ++m_references; }
@@ -43,17 +55,22 @@ class ComObject : public Interface {
     explicit ComObject(const char* call) { Machine::Current().ledger.Enter(kind, this, call); }
     virtual ~ComObject() = default;
 
-    // Whether that is one of the object's interfaces besides IUnknown.
-    virtual bool Supports(REFIID id) const = 0;
-
   private:
     static constexpr char kind[] = "COM reference";
+
+    template <class Wanted>
+    bool Give(REFIID id, void** object) {
+        if (!Wanted::Has(id)) return false;
+        *object = static_cast<typename Wanted::Type*>(this);
+        return true;
+    }
+
     std::atomic<ULONG> m_references{1};
 };
 
-// The same for an interface that scripts could call, which nobody does.
+// An interface that scripts could call, which nobody does.
 template <class Interface>
-class DispatchObject : public ComObject<Interface> {
+class DispatchStub : public Interface {
   public:
     HRESULT STDMETHODCALLTYPE GetTypeInfoCount(UINT*) override { return E_NOTIMPL; }
     HRESULT STDMETHODCALLTYPE GetTypeInfo(UINT, LCID, ITypeInfo**) override { return E_NOTIMPL; }
@@ -64,10 +81,16 @@ class DispatchObject : public ComObject<Interface> {
                                      UINT*) override {
         return E_NOTIMPL;
     }
-
-  protected:
-    using ComObject<Interface>::ComObject;
 };
+
+// Begins a method with an out-value, which is cleared. S_OK, or what the method returns at once:
+// `missing` when there is no place for the value, or the call's fault.
+template <class T>
+HRESULT BeginOut(const Call& call, T* out, HRESULT missing = E_POINTER) {
+    if (out == nullptr) return missing;
+    *out = T();
+    return call.Failed() ? call.Result() : S_OK;
+}
 
 // Hands out the object's first reference as that interface, or gives it up.
 template <class Object>
@@ -76,6 +99,14 @@ HRESULT HandOut(Object* made, REFIID id, void** object) {
     made->Release();
     return result;
 }
+
+// Makes a class known to CoCreateInstance, for the whole program: one object at namespace level, in
+// the file that defines the interfaces' ids, so that whoever can name them has the class too.
+class ComClass {
+  public:
+    // create: a new object as that interface, with one reference; E_NOINTERFACE.
+    ComClass(const CLSID& id, HRESULT (*create)(REFIID id, void** object));
+};
 
 // The 38 characters of a GUID in braces, in capitals.
 std::u16string GuidText(REFGUID guid);

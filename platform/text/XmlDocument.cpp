@@ -1,10 +1,10 @@
-// The objects of the document object model: a document, lists of its elements, and the elements.
-
-#include "XmlDocument.h"
+// The XML document class of the system, as far as the in-page help needs it: a document that loads
+// a file, lists of its elements by name, and the elements.
 
 #include <utility>
 
 #include <fileapi.h>
+#include <msxml.h>
 
 #include "XmlStubs.h"
 #include "XmlTree.h"
@@ -22,23 +22,28 @@ extern const IID IID_IXMLDOMElement = {
 namespace platform {
 namespace {
 
+// {F5078F32-C551-11D3-89B9-0000F81FE221}
+constexpr CLSID documentClass = {
+    0xF5078F32, 0xC551, 0x11D3, {0x89, 0xB9, 0x00, 0x00, 0xF8, 0x1F, 0xE2, 0x21}};
+
 constexpr auto outOfMemory = static_cast<DWORD>(E_OUTOFMEMORY);
 constexpr auto unspecified = static_cast<DWORD>(E_FAIL);
 
 using Tree = std::shared_ptr<const XmlTree>;
 
 HRESULT GiveText(const Call& call, std::u16string_view text, BSTR* given) {
-    if (given == nullptr) return E_INVALIDARG;
-    *given = nullptr;
-    if (call.Failed()) return call.Result();
+    const HRESULT begun = BeginOut(call, given, E_INVALIDARG);
+    if (begun != S_OK) return begun;
     *given = SysAllocStringLen(text.data(), static_cast<UINT>(text.size()));
     return *given != nullptr ? S_OK : E_OUTOFMEMORY;
 }
 
-class XmlElement final : public XmlElementStub {
+class XmlElement final
+    : public ComObject<
+          ComInterface<XmlElementStub, IID_IXMLDOMElement, IID_IXMLDOMNode, IID_IDispatch>> {
   public:
     XmlElement(const char* call, Tree tree, std::size_t place)
-        : XmlElementStub(call), m_tree(std::move(tree)), m_place(place) {}
+        : ComObject(call), m_tree(std::move(tree)), m_place(place) {}
 
     HRESULT STDMETHODCALLTYPE get_nodeName(BSTR* name) override {
         const Call call("IXMLDOMNode::get_nodeName", nullptr, outOfMemory);
@@ -50,33 +55,29 @@ class XmlElement final : public XmlElementStub {
     }
 
   private:
-    bool Supports(REFIID id) const override {
-        return id == IID_IDispatch || id == IID_IXMLDOMNode || id == IID_IXMLDOMElement;
-    }
-
     Tree m_tree;
     std::size_t m_place;
 };
 
-class XmlList final : public DispatchObject<IXMLDOMNodeList> {
+class XmlList final
+    : public ComObject<
+          ComInterface<DispatchStub<IXMLDOMNodeList>, IID_IXMLDOMNodeList, IID_IDispatch>> {
   public:
     XmlList(const char* call, Tree tree, std::vector<std::size_t> places)
-        : DispatchObject(call), m_tree(std::move(tree)), m_places(std::move(places)) {}
+        : ComObject(call), m_tree(std::move(tree)), m_places(std::move(places)) {}
 
     HRESULT STDMETHODCALLTYPE get_item(LONG index, IXMLDOMNode** item) override {
         const Call call("IXMLDOMNodeList::get_item", nullptr, unspecified);
-        if (item == nullptr) return E_INVALIDARG;
-        *item = nullptr;
-        if (call.Failed()) return call.Result();
+        const HRESULT begun = BeginOut(call, item, E_INVALIDARG);
+        if (begun != S_OK) return begun;
         if (index < 0 || static_cast<std::size_t>(index) >= m_places.size()) return S_FALSE;
         *item = new XmlElement(call.Name(), m_tree, m_places[static_cast<std::size_t>(index)]);
         return S_OK;
     }
     HRESULT STDMETHODCALLTYPE get_length(LONG* length) override {
         const Call call("IXMLDOMNodeList::get_length", nullptr, unspecified);
-        if (length == nullptr) return E_INVALIDARG;
-        *length = 0;
-        if (call.Failed()) return call.Result();
+        const HRESULT begun = BeginOut(call, length, E_INVALIDARG);
+        if (begun != S_OK) return begun;
         *length = static_cast<LONG>(m_places.size());
         return S_OK;
     }
@@ -85,10 +86,6 @@ class XmlList final : public DispatchObject<IXMLDOMNodeList> {
     HRESULT STDMETHODCALLTYPE get__newEnum(IUnknown**) override { return E_NOTIMPL; }
 
   private:
-    bool Supports(REFIID id) const override {
-        return id == IID_IDispatch || id == IID_IXMLDOMNodeList;
-    }
-
     Tree m_tree;
     std::vector<std::size_t> m_places;
 };
@@ -111,9 +108,11 @@ Tree ReadTree(LPCWSTR path, bool keepBlanks) {
 }
 
 // It loads at once, doesn't validate and reads nothing else: the switches for that can only be off.
-class XmlDocument final : public XmlDocumentStub {
+class XmlDocument final
+    : public ComObject<
+          ComInterface<XmlDocumentStub, IID_IXMLDOMDocument, IID_IXMLDOMNode, IID_IDispatch>> {
   public:
-    explicit XmlDocument(const char* call) : XmlDocumentStub(call) {}
+    explicit XmlDocument(const char* call) : ComObject(call) {}
 
     HRESULT STDMETHODCALLTYPE put_async(VARIANT_BOOL value) override {
         return SwitchOff("IXMLDOMDocument::put_async", value);
@@ -134,9 +133,8 @@ class XmlDocument final : public XmlDocumentStub {
     HRESULT STDMETHODCALLTYPE load(VARIANT source, VARIANT_BOOL* loaded) override {
         const bool isPath = source.vt == VT_BSTR && source.bstrVal != nullptr;
         const Call call("IXMLDOMDocument::load", isPath ? source.bstrVal : nullptr, unspecified);
-        if (loaded == nullptr) return E_INVALIDARG;
-        *loaded = VARIANT_FALSE;
-        if (call.Failed()) return call.Result();
+        const HRESULT begun = BeginOut(call, loaded, E_INVALIDARG);
+        if (begun != S_OK) return begun;
         if (!isPath) return E_INVALIDARG;
         m_tree = ReadTree(source.bstrVal, m_keepBlanks);
         if (m_tree == nullptr) return S_FALSE;
@@ -145,9 +143,9 @@ class XmlDocument final : public XmlDocumentStub {
     }
     HRESULT STDMETHODCALLTYPE getElementsByTagName(BSTR name, IXMLDOMNodeList** list) override {
         const Call call("IXMLDOMDocument::getElementsByTagName", name, outOfMemory);
-        if (name == nullptr || list == nullptr) return E_INVALIDARG;
-        *list = nullptr;
-        if (call.Failed()) return call.Result();
+        if (name == nullptr) return E_INVALIDARG;
+        const HRESULT begun = BeginOut(call, list, E_INVALIDARG);
+        if (begun != S_OK) return begun;
         std::vector<std::size_t> places;
         if (m_tree != nullptr) places = m_tree->Find(name);
         *list = new XmlList(call.Name(), m_tree, std::move(places));
@@ -155,19 +153,14 @@ class XmlDocument final : public XmlDocumentStub {
     }
     HRESULT STDMETHODCALLTYPE get_documentElement(IXMLDOMElement** element) override {
         const Call call("IXMLDOMDocument::get_documentElement", nullptr, unspecified);
-        if (element == nullptr) return E_INVALIDARG;
-        *element = nullptr;
-        if (call.Failed()) return call.Result();
+        const HRESULT begun = BeginOut(call, element, E_INVALIDARG);
+        if (begun != S_OK) return begun;
         if (m_tree == nullptr) return S_FALSE;
         *element = new XmlElement(call.Name(), m_tree, 0);
         return S_OK;
     }
 
   private:
-    bool Supports(REFIID id) const override {
-        return id == IID_IDispatch || id == IID_IXMLDOMNode || id == IID_IXMLDOMDocument;
-    }
-
     static HRESULT SwitchOff(const char* name, VARIANT_BOOL value) {
         const Call call(name, nullptr, unspecified);
         if (call.Failed()) return call.Result();
@@ -178,10 +171,12 @@ class XmlDocument final : public XmlDocumentStub {
     bool m_keepBlanks = false;
 };
 
-}  // namespace
-
-HRESULT CreateXmlDocument(REFIID id, void** object) {
+HRESULT CreateDocument(REFIID id, void** object) {
     return HandOut(new XmlDocument("CoCreateInstance"), id, object);
 }
+
+const ComClass registered(documentClass, &CreateDocument);
+
+}  // namespace
 
 }  // namespace platform

@@ -9,7 +9,7 @@
 namespace platform {
 
 template <class Interface>
-class XmlNodeStub : public DispatchObject<Interface> {
+class XmlNodeStub : public DispatchStub<Interface> {
   public:
     HRESULT STDMETHODCALLTYPE get_nodeName(BSTR*) override { return E_NOTIMPL; }
     HRESULT STDMETHODCALLTYPE get_nodeValue(VARIANT*) override { return E_NOTIMPL; }
@@ -57,9 +57,6 @@ class XmlNodeStub : public DispatchObject<Interface> {
     HRESULT STDMETHODCALLTYPE transformNodeToObject(IXMLDOMNode*, VARIANT) override {
         return E_NOTIMPL;
     }
-
-  protected:
-    using DispatchObject<Interface>::DispatchObject;
 };
 
 class XmlDocumentStub : public XmlNodeStub<IXMLDOMDocument> {
@@ -114,9 +111,6 @@ class XmlDocumentStub : public XmlNodeStub<IXMLDOMDocument> {
     HRESULT STDMETHODCALLTYPE put_onreadystatechange(VARIANT) override { return E_NOTIMPL; }
     HRESULT STDMETHODCALLTYPE put_ondataavailable(VARIANT) override { return E_NOTIMPL; }
     HRESULT STDMETHODCALLTYPE put_ontransformnode(VARIANT) override { return E_NOTIMPL; }
-
-  protected:
-    using XmlNodeStub::XmlNodeStub;
 };
 
 class XmlElementStub : public XmlNodeStub<IXMLDOMElement> {
@@ -138,9 +132,6 @@ class XmlElementStub : public XmlNodeStub<IXMLDOMElement> {
         return E_NOTIMPL;
     }
     HRESULT STDMETHODCALLTYPE normalize() override { return E_NOTIMPL; }
-
-  protected:
-    using XmlNodeStub::XmlNodeStub;
 };
 
 }  // namespace platform

@@ -1,0 +1,69 @@
+// An object with several interfaces.
+
+#include <windows.h>
+
+#include "Com.h"
+#include "FactsMachine.h"
+
+namespace {
+
+using platform::Call;
+using platform::ComInterface;
+using platform::ComObject;
+
+// {5C1F8E60-0000-0000-C000-000000000046} and the ids next to it
+extern const IID kFirst;
+extern const IID kSecond;
+const IID kFirst = {0x5C1F8E60, 0, 0, {0xC0, 0, 0, 0, 0, 0, 0, 0x46}};
+const IID kSecond = {0x5C1F8E61, 0, 0, {0xC0, 0, 0, 0, 0, 0, 0, 0x46}};
+
+struct IFirst : IUnknown {
+    virtual HRESULT STDMETHODCALLTYPE One(LONG* number) = 0;
+};
+struct ISecond : IUnknown {
+    virtual HRESULT STDMETHODCALLTYPE Two(LONG* number) = 0;
+};
+
+class Both final : public ComObject<ComInterface<IFirst, kFirst>, ComInterface<ISecond, kSecond>> {
+  public:
+    Both() : ComObject("CoCreateInstance") {}
+    HRESULT STDMETHODCALLTYPE One(LONG* number) override { return Give("IFirst::One", 1, number); }
+    HRESULT STDMETHODCALLTYPE Two(LONG* number) override { return Give("ISecond::Two", 2, number); }
+
+  private:
+    static HRESULT Give(const char* name, LONG answer, LONG* number) {
+        const Call call(name);
+        const HRESULT begun = platform::BeginOut(call, number);
+        if (begun == S_OK) *number = answer;
+        return begun;
+    }
+};
+
+template <class Interface>
+Interface* As(IUnknown* object, REFIID id) {
+    void* found = nullptr;
+    EXPECT_EQ(object->QueryInterface(id, &found), S_OK);
+    return static_cast<Interface*>(found);
+}
+
+TEST(Com, AnObjectOfTwoInterfacesIsOneObject) {
+    FactsMachine facts;
+    facts.machine.faults.FailCalls("ISecond::Two", u"", 0x80004005, 2, 1);
+    void* made = nullptr;
+    EXPECT_EQ(platform::HandOut(new Both, IID_IDispatch, &made), E_NOINTERFACE);
+    ASSERT_EQ(platform::HandOut(new Both, kFirst, &made), S_OK);
+    auto* const first = static_cast<IFirst*>(made);
+    auto* const second = As<ISecond>(first, kSecond);
+    auto* const unknown = As<IUnknown>(second, IID_IUnknown);
+    EXPECT_EQ(unknown, As<IUnknown>(first, IID_IUnknown));
+    EXPECT_EQ(As<IFirst>(second, kFirst), first);
+    LONG numbers[2] = {};
+    EXPECT_EQ(first->One(&numbers[0]), S_OK);
+    EXPECT_EQ(second->Two(&numbers[1]), S_OK);
+    EXPECT_EQ(numbers[0] * 10 + numbers[1], 12);
+    EXPECT_EQ(second->Two(&numbers[1]), E_FAIL);
+    for (ULONG left = 5; left-- > 0;)
+        EXPECT_EQ(second->Release(), left);
+}
+
+}  // namespace
