@@ -3,6 +3,8 @@
 #include <cstdio>
 #include <cstdlib>
 
+#include "Modules.h"
+
 namespace platform {
 namespace {
 
@@ -51,6 +53,11 @@ Machine* Machine::CurrentOrNull() {
 void Machine::End(const std::string& reason) {
     m_ended = true;
     std::fprintf(stderr, "machine ended: %s\n", reason.c_str());
+}
+
+void Machine::Exit() {
+    Get<Modules>().TellExit();
+    m_ended = true;
 }
 
 }  // namespace platform

@@ -62,6 +62,9 @@ class Machine {
 
     // Marks the machine as ended, so that its ledger isn't checked.
     void End(const std::string& reason);
+    // Ends the process as ExitProcess does: the loaded modules are told, and what is held then, and
+    // threads that still wait, go with it.
+    void Exit();
     bool Ended() const { return m_ended; }
 
     Ledger ledger;

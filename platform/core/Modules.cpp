@@ -61,10 +61,10 @@ std::u16string BaseName(const char16_t* given) {
     return name;
 }
 
-BOOL CallEntry(const ModuleImage& image, HMODULE handle, DWORD reason) {
+BOOL CallEntry(const ModuleImage& image, HMODULE handle, DWORD reason, LPVOID reserved = nullptr) {
     if (!image.entry) return TRUE;
     const CallbackScope inCallback;
-    return image.entry(handle, reason, nullptr);
+    return image.entry(handle, reason, reserved);
 }
 
 }  // namespace
@@ -131,6 +131,12 @@ bool Modules::Free(HMODULE handle) {
     CallEntry(module->image, handle, DLL_PROCESS_DETACH);
     m_state->Forget(handle);
     return true;
+}
+
+void Modules::TellExit() {
+    static char exits;  // what the pointer points to means nothing
+    for (auto module = m_state->loaded.rbegin(); module != m_state->loaded.rend(); ++module)
+        CallEntry((*module)->image, State::HandleOf(**module), DLL_PROCESS_DETACH, &exits);
 }
 
 FARPROC Modules::Procedure(HMODULE handle, const char* name) const {

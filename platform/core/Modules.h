@@ -36,6 +36,9 @@ class Modules : public Part {
     HMODULE Load(const char16_t* name, const char* call);
     bool Free(HMODULE module);
     FARPROC Procedure(HMODULE module, const char* name) const;
+    // The process exits: each loaded module, the one loaded last first, gets DLL_PROCESS_DETACH
+    // with a reserved parameter that isn't null. FreeLibrary passes null.
+    void TellExit();
 
   private:
     struct State;

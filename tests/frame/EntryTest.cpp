@@ -57,4 +57,16 @@ TEST(Attach, ComIsUninitialisedOnlyByWhoInitialisedIt) {
     }
 }
 
+TEST(Detach, AProcessThatExitsLeavesEverythingToTheSystem) {
+    TestMachine test(Sample(), 0, "<help><Topic>{\\rtf1 text}</Topic></help>");
+    test.Attach();
+    const std::size_t held = test.machine.ledger.Open().size();
+    test.machine.trace.Start();
+    test.machine.Exit();
+    EXPECT_TRUE(test.machine.trace.Records().empty());
+    EXPECT_EQ(test.machine.ledger.Open().size(), held);
+    // The test's own process goes on.
+    test.Detach();
+}
+
 }  // namespace
