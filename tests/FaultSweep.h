@@ -1,87 +1,131 @@
 #pragma once
 // The fault sweep: an operation of the library is run with its first system call failing, then with
-// its second, and so on until a run meets no fault; each fault once for that call alone (passing)
-// and once for all further calls of its name and argument as well (lasting), where the passing run
-// has made such calls; where it hasn't, the lasting run would be the same. What each run shows
-// must be what the operation's failure table says of the call, and nothing else: the boxes, the
-// log, the registry. Nothing may be left open or leak, nothing hang, and the operation must work
-// when it is run again without a fault.
+// its second, and so on until a run meets no fault. Each call fails once alone (passing), and once
+// together with all further calls of its name and argument (lasting) where there are any.
+//
+// What must be seen of a failure that is described stands in a row of the operation's table. Every
+// other run is judged by the same invariants:
+// - nothing leaks, no handle or lock is held, and no thread waits for ever;
+// - each value is what it was before, or what the clean run writes there at some time, and no other
+//   value has changed; the type and all bytes count;
+// - boxes and log are those of the clean run, with some missing and known failures added;
+// - the user has been told when the operation didn't succeed;
+// - a second run without a fault ends like the second one after a clean run.
 
 #include <functional>
 #include <map>
+#include <optional>
+#include <set>
 #include <string>
 #include <vector>
 
 #include "Fixture.h"
 
-// What the outside can see of one run.
-struct Facts {
-    std::vector<std::string> boxes;               // as Box() makes them
-    std::vector<std::string> log;                 // the tuning log's lines, without time stamps
-    std::map<std::string, std::string> registry;  // what it has changed: path -> data, "-": deleted
-    std::map<std::string, std::string> notes;     // what the operation itself has noted
+// What is compared, by name: each registry value under its path, as its type and bytes; each key
+// under its path and a backslash; and what the operation notes of the screen. Absent: "-".
+using Values = std::map<std::string, std::string>;
 
-    bool operator==(const Facts&) const = default;
+// What the outside can see of one run.
+struct Observed {
+    Lines boxes{};  // as Box makes them
+    Lines log{};    // the tuning log's lines without time stamps
+    Values values{};
 };
 
 std::string Box(const std::string& caption, const std::string& text, unsigned style);
 
-// A call that was made to fail.
-struct Fault {
-    std::string call;
-    std::string argument;
-    unsigned ofName;      // the how-manieth of its name in the run, from 1 on
-    unsigned ofArgument;  // the same among those that also have its argument
-    bool lasting;
+// The clean log with the lines from the first one that starts with `from` up to the next one that
+// starts with `to` replaced; an empty `to`: up to the end. The same for both: an insertion.
+struct LogEdit {
+    std::string from;
+    std::string to;
+    Lines lines{};
 };
 
-// Makes of the clean run's facts those that are due. `found` is what the run has shown, for an
-// outcome that the table leaves open in a part.
-using Outcome = std::function<void(Facts& due, const Facts& found, const Fault& fault)>;
-void AsClean(Facts&, const Facts&, const Fault&);
-Outcome Noted(const std::string& note, const std::string& text);
+// What must be seen of a described failure: what isn't given is as in the clean run.
+struct Seen {
+    std::optional<Lines> boxes{};
+    std::optional<LogEdit> log{};
+    std::optional<Values> values{};  // all of them at the end
+    Values shown{};                  // these values at the end
+    // Ends of the names of values that may be what they were before, or at some time of the clean
+    // run.
+    Lines kept{};
+    bool linesMissing = false;  // some of the log's lines may be missing
+};
 
-// A row of a failure table; of several that fit a call the first counts. A call without a row fails
-// the test.
+// Of several rows that fit a call the first counts.
 struct FailureRow {
     std::vector<const char*> calls;
-    std::vector<Outcome> outcomes;  // one of them
-    std::string argument{};         // without regard to case; empty: any
-    unsigned which = 0;             // of the calls with that name (and argument); 0: each
+    Seen seen;
+    std::string argument{};  // without regard to case; empty: any
+    unsigned which = 0;      // of the calls with that name (and argument); 0: each
+    std::optional<bool> lasting{};
 };
 
 class FaultSweep {
   public:
-    // The operation itself. It may note what else a run has shown.
-    using Deed = std::function<void(std::map<std::string, std::string>& notes)>;
-    // Does the deed under the fault, looks at what came of it, and does it again without.
-    using Sweep = std::function<void(const Deed& deed)>;
+    // The operation itself. It may note what a run shows on the screen.
+    using Action = std::function<void(Values& notes)>;
+    // Runs the action with the fault, and once more without.
+    using Sweep = std::function<void(const Action& action)>;
+
+    struct Run {
+        Values before;
+        Observed first;
+        Observed second;
+        std::map<std::string, std::set<std::string>> written;  // by the first, at any time
+    };
 
     std::string name;
     Sample sample;
     const char* help = nullptr;  // the text of help.xml, null for none
-    std::vector<FailureRow> table{};
     // Brings a fresh machine to the point where the operation begins, and sweeps that.
     std::function<void(TestMachine& test, const Sweep& sweep)> operation;
-    // Takes out of the facts of the second run what the first may have made superfluous.
-    std::function<void(Facts& facts)> forgetFirst{};
+
+    std::vector<FailureRow> described{};
+    // Boxes and log lines that tell of a failure. A line break in a line: a further line.
+    Lines failureBoxes{};
+    Lines failureLines{};
+    // Whether the run with a fault did what it should. Default: all values are the clean run's.
+    std::function<bool(const Observed& found, const Observed& clean)> succeeded{};
+    // What stands on the screen before, by the names of the notes.
+    Values shownBefore{};
+    // Further values, by name, that may be found.
+    std::multimap<std::string, std::string> mayBe{};
+    // Fragments of boxes, log lines and names of values that a second run may lack because the
+    // first has done the work already.
+    Lines onceOnly{};
+    // Rewrites what differs from run to run, such as numbers and GUIDs that are given anew.
+    std::function<void(Values& values)> normalise{};
 
     // Says how many calls it has failed.
-    void Run() const;
-    // The facts of a run without a fault.
-    Facts Clean() const;
+    void Execute() const;
+    // Without a fault.
+    Run Clean() const;
 
   private:
-    struct Result {
-        Facts first;
-        Facts second;
+    struct Fault {
+        std::string call;
+        std::string argument;
+        unsigned ofName = 0;      // the how-manieth of its name in the run, from 1 on
+        unsigned ofArgument = 0;  // the same among those that also have its argument
+        bool lasting = false;
+    };
+    struct Result : Run {
         Fault fault;
         bool fired = false;
         bool repeated = false;  // the failed call was made again
         bool ended = false;     // a text couldn't be allocated
-        std::vector<std::string> calls;
+        Lines calls;
     };
+    static bool Fits(const FailureRow& row, const Fault& fault);
+    static Fault FailedCall(const platform::Trace& trace, bool lasting, bool& repeated);
+    Values Snapshot(TestMachine& test) const;
     Result RunOnce(std::uint64_t n, bool lasting) const;
-    void Judge(const Result& result, const Result& clean) const;
+    void ExpectSeen(const Seen& seen, const Observed& found, const Run& clean) const;
+    void ExpectAllowed(const Values& found, const Run& clean) const;
+    void ExpectInvariants(const Result& result, const Run& clean) const;
+    void ExpectSecondRun(const Observed& found, const Observed& clean) const;
     Result RunAndJudge(std::uint64_t n, bool lasting, const Result& clean) const;
 };

@@ -18,6 +18,8 @@
 #include "Sample.h"
 #include "User.h"
 
+using Lines = std::vector<std::string>;
+
 // Follows a script: answers for boxes and files, deeds for the sheet. A box without an answer fails
 // the test and gets its default.
 class ScriptedUser : public platform::User {
@@ -98,7 +100,7 @@ class TestMachine {
     DWORD Restarts(int port) const;
     DWORD Reboots() const;
     // Lines of the tuning log without their time stamps, blank ones kept; empty without a log.
-    std::vector<std::string> LogLines() const;
+    Lines LogLines() const;
     // The tuning log's bytes.
     std::string LogBytes() const;
 

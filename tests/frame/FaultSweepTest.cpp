@@ -1,43 +1,51 @@
 // Process attach and the providers, with each of their system calls failing in its turn.
 
 #include "FaultSweep.h"
-
-#include "LibraryState.h"
+#include "SheetPages.h"
 
 namespace {
 
+// What the load of the library has set up shows later, on the Port Protocol tab.
 TEST(FaultSweep, ProcessAttach) {
     FaultSweep sweep;
     sweep.name = "process attach";
-    sweep.help = "<help><Topic>{\\rtf1 text}</Topic></help>";
+    sweep.help = "<help><PortType>{\\rtf1 wire}</PortType></help>";
+    sweep.sample.With(std::string(Sample::BusClassKey()) + "\\Parameters",
+                      "\"PortType\"=\"eth,eth\"");
     sweep.operation = [](TestMachine& test, const FaultSweep::Sweep& swept) {
-        swept([&](auto& notes) {
+        swept([&](Values& notes) {
             ASSERT_NE(test.Attach(), nullptr);
-            const LibraryState& library = Library();
-            const HelpDocument* help = library.helpDocument.get();
-            notes["Vista"] = library.isVistaOrLater ? "yes" : "no";
-            notes["vendor key"] = library.vendorKeyMissing ? "no" : "yes";
-            notes["help"] = help && help->document ? "yes" : "no";
-            notes["rich edit"] = library.richEditLibrary ? "yes" : "no";
+            test.machine.faults.Disarm();
+            test.machine.trace.Stop();
+            const platform::QuietScope quiet;
+            const bool canShow = GetModuleHandleW(u"Riched20.dll") != nullptr;
+            notes["rich edit"] = canShow ? "loaded" : "missing";
+            const auto look = [&] {
+                const HWND help = GetDlgItem(test.Page(), 1078);
+                WCHAR text[10] = {};
+                GetWindowTextW(help, text, ARRAYSIZE(text));
+                notes["help"] = platform::ToUtf8(text);
+                notes["help box"] = IsWindowVisible(help) ? "shown" : "hidden";
+            };
+            if (canShow) test.user.Do(look);
+            if (canShow) test.RunBusSheet();
             test.Detach();
         });
     };
-    const Outcome noHelp = Noted("help", "no");
-    sweep.table = {
-        {{"GetVersionExW"}, {Noted("Vista", "no")}},
-        {{"RegOpenKeyExW"}, {Noted("vendor key", "no")}, "SOFTWARE\\Corvanta"},
-        {{"LoadLibraryW"}, {Noted("rich edit", "no")}},
+    sweep.described = {
+        {{"GetVersionExW", "RegCloseKey", "SysFreeString", "CoUninitialize", "FreeLibrary",
+          "IXMLDOMDocument::put_async", "IXMLDOMDocument::put_validateOnParse",
+          "IXMLDOMDocument::put_resolveExternals", "IXMLDOMDocument::put_preserveWhiteSpace"},
+         {}},
+        {{"RegOpenKeyExW"},
+         {.shown = {{"help", ""}, {"help box", "hidden"}}},
+         "SOFTWARE\\Corvanta"},
+        {{"LoadLibraryW"}, {.shown = {{"rich edit", "missing"}, {"help", "-"}, {"help box", "-"}}}},
         {{"operator new", "CoInitialize", "CoCreateInstance", "IXMLDOMDocument::load",
-          "SysAllocString"},
-         {noHelp}},
-        {{"RegOpenKeyExW"}, {noHelp}, "SOFTWARE\\Corvanta\\"},
-        {{"RegQueryValueExW"}, {noHelp}, "InstalledPath"},
-        {{"IXMLDOMDocument::put_async", "IXMLDOMDocument::put_validateOnParse",
-          "IXMLDOMDocument::put_resolveExternals", "IXMLDOMDocument::put_preserveWhiteSpace",
-          "RegCloseKey", "SysFreeString", "CoUninitialize", "FreeLibrary"},
-         {AsClean}},
+          "SysAllocString", "RegOpenKeyExW", "RegQueryValueExW"},
+         {.shown = {{"help", ""}}}},
     };
-    sweep.Run();
+    sweep.Execute();
 }
 
 const std::string kNoMemory = Box("Error",
@@ -46,40 +54,22 @@ const std::string kNoMemory = Box("Error",
                                   "storage is available to process this command.\r\n",
                                   0x2010);
 
-const char kAdapters[] = "SYSTEM\\CurrentControlSet\\Services\\MUXP\\Parameters\\Adapters";
-const std::vector<const char*> kClosing = {"RegCloseKey", "LocalFree",
-                                           "SetupDiDestroyDeviceInfoList"};
-
-// The identification failed.
-void NoTab(Facts& due, const Facts&, const Fault&) {
-    due.notes = {{"result", "false"}, {"pages", "0"}};
-}
-
-// A page less; with a lasting fault also those behind it.
-void PageLess(Facts& due, const Facts&, const Fault& fault) {
-    const int pages = std::stoi(due.notes["pages"]);
-    due.notes["pages"] = std::to_string(fault.lasting ? fault.ofName - 1 : pages - 1);
-}
-
-// A page's object can't be allocated.
-void PageLessTold(Facts& due, const Facts&, const Fault&) {
-    due.notes["pages"] = std::to_string(std::stoi(due.notes["pages"]) - 1);
-    due.boxes = {kNoMemory};
-}
-
+// Notes the result and each page's title. A page that isn't added was absent before.
 FaultSweep ProviderSweep(const char* name,
                          const std::function<TestMachine::ProviderResult(TestMachine&)>& call) {
     FaultSweep sweep;
     sweep.name = name;
     sweep.operation = [=](TestMachine& test, const FaultSweep::Sweep& swept) {
         test.Attach();
-        swept([&](auto& notes) {
+        swept([&](Values& notes) {
             const TestMachine::ProviderResult provided = call(test);
             notes["result"] = provided.result ? "true" : "false";
-            notes["pages"] = std::to_string(provided.pages.size());
             const platform::QuietScope quiet;
-            for (const HPROPSHEETPAGE page : provided.pages)
+            auto& pages = test.machine.Get<platform::SheetPages>();
+            for (const HPROPSHEETPAGE page : provided.pages) {
+                notes[platform::ToUtf8(pages.Find(page)->Title())] = "added";
                 DestroyPropertySheetPage(page);
+            }
         });
     };
     return sweep;
@@ -88,38 +78,39 @@ FaultSweep ProviderSweep(const char* name,
 TEST(FaultSweep, AdapterProvider) {
     FaultSweep sweep =
         ProviderSweep("adapter provider", [](TestMachine& test) { return test.CallProvider(); });
-    const std::string entry = std::string(kAdapters) + "\\" + Sample::Guid(1);
-    sweep.sample.With(entry, "\"TeamDeviceName\"=\"Team\"");
-    sweep.table = {
+    const std::string adapters = "SYSTEM\\CurrentControlSet\\Services\\MUXP\\Parameters\\Adapters";
+    sweep.sample.With(adapters + "\\" + Sample::Guid(1), "\"TeamDeviceName\"=\"Team\"");
+    const Seen noTab = {.shown = {{"result", "false"}, {"Information", "-"}, {"Performance", "-"}}};
+    sweep.described = {
         {{"SetupDiGetDeviceInstanceIdW", "SetupDiGetClassDevsW", "SetupDiCreateDeviceInterfaceW",
           "SetupDiGetDeviceInterfaceDetailW", "LocalAlloc"},
-         {NoTab}},
-        {{"operator new"}, {NoTab}, "", 1},
-        {{"operator new"}, {NoTab}, "", 2},
-        {{"operator new"}, {PageLessTold}},
+         noTab},
+        {{"operator new"}, noTab, "", 1},
+        {{"operator new"}, noTab, "", 2},
+        {{"operator new"}, {.boxes = Lines{kNoMemory}, .shown = {{"Information", "-"}}}},
         // An adapter that can't be looked up among the team members is none, unless it is there.
-        {{"RegOpenKeyExW"}, {AsClean}, kAdapters},
-        {{"RegQueryValueExW"}, {AsClean}, "TeamDeviceName"},
-        {{"RegOpenKeyExW", "RegQueryValueExW"}, {NoTab}},
-        {{"CreatePropertySheetPageW"}, {PageLess}},
-        {kClosing, {AsClean}},
+        {{"RegOpenKeyExW"}, {}, adapters},
+        {{"RegQueryValueExW"}, {}, "TeamDeviceName"},
+        {{"RegOpenKeyExW", "RegQueryValueExW"}, noTab},
+        {{"CreatePropertySheetPageW"}, {.shown = {{"Information", "-"}}}, "", 1, false},
+        {{"CreatePropertySheetPageW"}, {.kept = {"Information", "Performance"}}},
     };
-    sweep.Run();
+    sweep.Execute();
 }
 
 TEST(FaultSweep, BusProvider) {
     FaultSweep sweep =
         ProviderSweep("bus provider", [](TestMachine& test) { return test.CallBusProvider(); });
-    sweep.table = {
+    const Seen noTab = {.shown = {{"result", "false"}, {"Port Protocol", "-"}}};
+    Seen noMemory = noTab;
+    noMemory.boxes = {kNoMemory};
+    sweep.described = {
         {{"SetupDiGetDeviceInstanceIdW", "RegOpenKeyExW", "RegQueryValueExW",
           "CreatePropertySheetPageW"},
-         {NoTab}},
-        {{"operator new"}, {[](Facts& due, const Facts&, const Fault&) {
-             due = {{kNoMemory}, {}, {}, {{"result", "false"}, {"pages", "0"}}};
-         }}},
-        {kClosing, {AsClean}},
+         noTab},
+        {{"operator new"}, noMemory},
     };
-    sweep.Run();
+    sweep.Execute();
 }
 
 }  // namespace

@@ -15,8 +15,6 @@
 #include "Text.h"
 #include "TuningLog.h"
 
-using Lines = std::vector<std::string>;
-
 inline const std::string kNoRow = "Failed to retrieve Numa's information, Invalid input.";
 inline const std::string kNoAdapter = "Failed to retrieve Adapter's information, Invalid input.";
 inline const std::string kSingleCore = "Tuning for single core CPUs is not supported, aborting.";
