@@ -4,7 +4,6 @@
 #define IDD_EMPTY 100
 #define IDD_RADIOS 101
 #define IDD_BUTTONS 102
-#define IDD_LIST 103
 #define IDD_RICH 104
 #define IDD_PAGE 105
 
@@ -14,5 +13,4 @@
 #define IDC_PUSH 21
 #define IDC_AUTO_CHECK 23
 #define IDC_AUTO_RADIO 25
-#define IDC_LIST_VIEW 42
 #define IDC_RICH 44

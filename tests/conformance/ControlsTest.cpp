@@ -72,60 +72,6 @@ TEST_F(ControlsTest, ADialogNeedsTheClassesOfItsControls) {
     EXPECT_EQ(Open(IDD_RICH), nullptr);
 }
 
-class ListViewTest : public DialogCase {
-  protected:
-    ListViewTest() { Open(IDD_LIST); }
-    LRESULT List(UINT message, WPARAM wParam = 0, const void* pointer = nullptr) {
-        return Send(IDC_LIST_VIEW, message, wParam, pointer);
-    }
-    static LVITEMW TextItem(int row, int column, Text& text) {
-        LVITEMW item = {};
-        item.mask = LVIF_TEXT;
-        item.iItem = row;
-        item.iSubItem = column;
-        item.pszText = text.data();
-        item.cchTextMax = static_cast<int>(text.size()) + 1;
-        return item;
-    }
-};
-
-TEST_F(ListViewTest, RowsAndColumnsKeepTheirTexts) {
-    Text texts[] = {TEXT("Name"), TEXT("Value"), TEXT("second"), TEXT("first"), TEXT("cell")};
-    LVCOLUMNW column = {};
-    column.mask = LVCF_TEXT | LVCF_WIDTH;
-    column.cx = 40;
-    for (int i = 0; i < 2; ++i) {
-        column.pszText = texts[i].data();
-        EXPECT_EQ(List(LVM_INSERTCOLUMNW, static_cast<WPARAM>(i), &column), i);
-    }
-    const LVITEMW second = TextItem(0, 0, texts[2]);
-    const LVITEMW first = TextItem(0, 0, texts[3]);
-    EXPECT_EQ(List(LVM_INSERTITEMW, 0, &second), 0);
-    EXPECT_EQ(List(LVM_INSERTITEMW, 0, &first), 0);
-    const LVITEMW cell = TextItem(0, 1, texts[4]);
-    EXPECT_TRUE(List(LVM_SETITEMTEXTW, 1, &cell));
-    const struct {
-        WPARAM row;
-        int column;
-        Text text;
-    } cases[] = {
-        {0, 0, TEXT("first")},
-        {1, 0, TEXT("second")},
-        {1, 1, TEXT("cell")},
-        {0, 1, TEXT("")},
-    };
-    for (const auto& row : cases) {
-        SCOPED_TRACE(&row - cases);
-        Text room(8, TEXT(' '));
-        const LVITEMW asked = TextItem(0, row.column, room);
-        EXPECT_EQ(List(LVM_GETITEMTEXTW, row.row, &asked), static_cast<LRESULT>(row.text.size()));
-        EXPECT_EQ(room.substr(0, row.text.size()), row.text);
-    }
-    EXPECT_EQ(List(LVM_GETITEMCOUNT), 2);
-    EXPECT_TRUE(List(LVM_DELETEALLITEMS));
-    EXPECT_EQ(List(LVM_GETITEMCOUNT), 0);
-}
-
 class RichEditTest : public DialogCase {
   protected:
     RichEditTest() {

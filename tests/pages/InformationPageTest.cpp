@@ -149,7 +149,15 @@ TEST(InformationPage, SavesWhatItShowsWhereItsUserSays) {
         std::optional<std::u16string> path = u"C:\\facts";
         platform::FileDialogRequest asked;
     } user;
-    TestMachine test(FullSample().With(InterfaceKey(), "\"Alias\"=\"\u0421\u0435\u0442\u044C\""));
+    // The longest name, with a character of two units; a line break would make another line.
+    std::string name = "\u0421\u0435\u0442\u044C \U0001F5A7";
+    for (int i = 0; i < 242; ++i)
+        name += "\uFF21";
+    TestMachine test(FullSample()
+                         .With(InterfaceKey(), "\"Alias\"=\"" + name + "\"")
+                         .PortValue(1, "\"DriverVersion\"=\"4.2\r\n9\n1\""));
+    auto& drive = test.machine.Get<platform::Drive>();
+    drive.WriteWholeFile(u"C:\\facts.log", std::string(5000, '?'));  // replaced
     test.user.Do([&] {
         test.machine.user = &user;
         test.Press(kSaveToFile);
@@ -162,9 +170,9 @@ TEST(InformationPage, SavesWhatItShowsWhereItsUserSays) {
     EXPECT_EQ(user.asked.filter, std::u16string(u"*.log\0*.log\0", 12));
     EXPECT_EQ(user.asked.defaultExtension, u"log");
     EXPECT_EQ(user.asked.flags, 18u);
-    EXPECT_EQ(test.machine.Get<platform::Drive>().ReadWholeFile(u"C:\\facts.log"),
+    EXPECT_EQ(drive.ReadWholeFile(u"C:\\facts.log"),
               "\xEF\xBB\xBF"
-              "Driver Version : 4.2.9.1\r\n"
+              "Driver Version : 4.2  9 1\r\n"
               "Firmware Version : 2.9.15000\r\n"
               "Port Number : 1a\r\n"
               "Bus Type : PCI-E 5.0 Gbps x8\r\n"
@@ -175,10 +183,12 @@ TEST(InformationPage, SavesWhatItShowsWhereItsUserSays) {
               "Current MAC Address : 02-02-C9-AA-BB-CC\r\n"
               "Permanent MAC Address : 00-02-C9-11-22-33\r\n"
               "Network Status : Connected\r\n"
-              "Adapter Friendly Name : \u0421\u0435\u0442\u044C\r\n"
-              "IPv4 Address : 192.168.7.10\r\n"
-              "Adapter User Name : Eth 1\r\n"
-              "Adapter PKey : 0x7fff\r\n");
+              "Adapter Friendly Name : " +
+                  name +
+                  "\r\n"
+                  "IPv4 Address : 192.168.7.10\r\n"
+                  "Adapter User Name : Eth 1\r\n"
+                  "Adapter PKey : 0x7fff\r\n");
 }
 
 }  // namespace

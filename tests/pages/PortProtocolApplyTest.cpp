@@ -1,4 +1,4 @@
-// What an apply of the Port Protocol tab leaves behind, what refuses it, and what a failure does.
+// What an apply of the Port Protocol tab leaves behind, and what refuses it.
 
 #include "MachineFile.h"
 #include "PortProtocolTest.h"
@@ -40,6 +40,9 @@ TEST(PortProtocolApply, ShowsAndStoresTheChoiceAndRestartsTheDevice) {
         {kAll, "", {1085}, "oo* oo*", "auto,auto", 1, "from the default: sensing"},
         {"0000001e", "", {1085}, "*o- *o-", "ib,ib", 1, "from the default: InfiniBand"},
         {kEthernetFirst, "", {1085}, "-X- oo*", "eth,auto", 1, "from the default: Ethernet"},
+        {"0000061e", "", {1085}, "*o- *o-", "ib,ib", 1, "from the default: can't sense"},
+        {"0000009a", "", {1085}, "oo* -X-", "auto,eth", 1, "from the default: by port"},
+        {"00000106", "", {1085}, "X-- X--", "ib,ib", 1, "from the default: all they have"},
         {kAll, R"("none,eth")", {1085}, "oo* oo*", "auto,auto", 1, "port 2's type is dropped"},
         {kAll, R"("ib,eth")", {1085}, "HW --- ---", "-", 1, "to the default"},
         {kAll, R"("ib,eth")", {1075, 1074}, "*oo o*o", FromFile("ib,eth"), 0, "there and back"},
@@ -141,34 +144,6 @@ TEST(PortProtocolApply, ARefusedChoiceIsAppliedOnceTheVlanIsGone) {
     });
     EXPECT_EQ(test.Stored(), "eth,eth");
     EXPECT_EQ(test.BusRestarts(), 1u);
-}
-
-// The fault sweep has the failures of another choice.
-TEST(PortProtocolApply, ADefaultThatCannotBeStoredCountsAsSaved) {
-    const struct {
-        const char* call;
-        const char16_t* argument;
-        DWORD error;
-    } cases[] = {
-        {"RegQueryValueExW", u"PortType", 5},
-        {"RegDeleteValueW", u"PortType", 5},
-        {"RegDeleteValueW", u"PortType", ERROR_FILE_NOT_FOUND},  // gone already
-    };
-    for (const auto& c : cases) {
-        PortProtocolTest test(Bus(kAll, R"("ib,eth")"));
-        test.user.agrees = true;
-        test.OnTab([&] {
-            test.Press(1085);
-            test.machine.faults.FailCalls(c.call, c.argument, c.error);
-            test.Push(PSBTN_APPLYNOW);
-            test.machine.faults.Disarm();
-            SendMessageW(test.Page(), WM_COMMAND, 1085, 0);
-            EXPECT_FALSE(test.CanApply());
-        });
-        ASSERT_EQ(test.user.Boxes().size(), c.error == 5 ? 1u : 0u);
-        EXPECT_EQ(test.Stored(), FromFile("ib,eth"));
-        EXPECT_EQ(test.BusRestarts(), 1u);
-    }
 }
 
 }  // namespace

@@ -60,6 +60,31 @@ TEST(PortProtocolPage, StartsWithWhatTheRegistryHolds) {
     }
 }
 
+TEST(PortProtocolPage, OffersWhatThePortsAreCapableOf) {
+    const struct {
+        const char* flag;
+        const char* types;
+        const char* state;
+        const char* reason;
+    } cases[] = {
+        {"0000001e", "auto,auto", "*o- *o-", "no sensing"},
+        {"0000021e", "auto,auto", "o*- *o-", "port 1 is Ethernet where it can't sense"},
+        {"0000041e", "auto,auto", "*o- o*-", "port 2 is"},
+        {"0000069e", "auto,auto", "oo* o*-", "which doesn't count where port 1 can sense"},
+        {"0000071e", "auto,auto", "o*- oo*", "or port 2"},
+        {"0000000e", "eth,eth", "o*- X--", "port 2 without Ethernet"},
+        {"0000001a", "ib,ib", "*o- -X-", "port 2 without InfiniBand"},
+        {"00000016", "eth,eth", "X-- o*-", "port 1 without Ethernet"},
+        {"00000194", "eth,none", "o*o ooo", "port 1 with neither, and a type for one port only"},
+        {"00000008", "ib", "-X- (---)", "a lone port without InfiniBand"},
+    };
+    for (const auto& c : cases) {
+        SCOPED_TRACE(c.reason);
+        PortProtocolTest test(Bus(c.flag, std::string("\"") + c.types + "\""));
+        test.OnTab([&] { EXPECT_EQ(State(test), c.state); });
+    }
+}
+
 TEST(PortProtocolPage, ShowsWhatThePortsRun) {
     const struct {
         const char* flag;

@@ -1,12 +1,10 @@
-// Devices: the tree, the lists, and what a change of their state does.
+// The device tree, as the facts or an export give it.
 
 #include <string>
 
 #include <windows.h>
 #include <cfgmgr32.h>
-#include <setupapi.h>
 
-#include "Facts.h"
 #include "FactsMachine.h"
 #include "Text.h"
 
@@ -71,62 +69,6 @@ TEST(DeviceTree, WhereADeviceStands) {
         SCOPED_TRACE(row.why);
         FactsMachine facts(row.file);
         EXPECT_EQ(Family(Locate(row.device)), row.family);
-    }
-}
-
-// A list with one device.
-class DeviceListTest : public testing::Test {
-  protected:
-    DeviceListTest()
-        : facts(Device(R"(V\ETH\1)")), list(SetupDiCreateDeviceInfoList(nullptr, nullptr)) {
-        EXPECT_TRUE(SetupDiOpenDeviceInfoW(list, u"v\\eth\\1", nullptr, 0, &device));
-    }
-    ~DeviceListTest() override { EXPECT_TRUE(SetupDiDestroyDeviceInfoList(list)); }
-
-    bool Change(DWORD state, DWORD scope) {
-        SP_PROPCHANGE_PARAMS change = {
-            {sizeof(SP_CLASSINSTALL_HEADER), DIF_PROPERTYCHANGE}, state, scope, 0};
-        return SetupDiSetClassInstallParamsW(list, &device, &change.ClassInstallHeader,
-                                             sizeof change) &&
-               SetupDiCallClassInstaller(DIF_PROPERTYCHANGE, list, &device);
-    }
-    static DWORD Restarts() { return platform::FactNumber(u"Restarts", u"V\\ETH\\1").value_or(0); }
-
-    FactsMachine facts;
-    const HDEVINFO list;
-    SP_DEVINFO_DATA device = {sizeof(SP_DEVINFO_DATA), {}, 0, 0};
-};
-
-TEST_F(DeviceListTest, ARestartCountsWhenTheDeviceRunsAgain) {
-    const struct {
-        const char* why;
-        std::uint64_t failing;  // the change of state that fails, from 1; 0 for none
-        bool result;
-        DWORD restarts;
-    } cases[] = {
-        {"all goes well", 0, true, 1},
-        {"it isn't even disabled", 1, false, 0},
-        {"it is enabled here all the same", 2, true, 1},
-        {"it stays disabled", 3, false, 0},
-        {"it is repaired by the next one", 0, true, 1},
-    };
-    // As the usual restart does it: off here, on everywhere, on here.
-    const auto cycle = [this] {
-        if (!Change(DICS_DISABLE, DICS_FLAG_CONFIGSPECIFIC)) return false;
-        Change(DICS_ENABLE, DICS_FLAG_GLOBAL);
-        return Change(DICS_ENABLE, DICS_FLAG_CONFIGSPECIFIC);
-    };
-    DWORD before = 0;
-    for (const auto& row : cases) {
-        SCOPED_TRACE(row.why);
-        facts.machine.faults.Disarm();
-        if (row.failing != 0) {
-            facts.machine.faults.FailCalls("SetupDiCallClassInstaller", u"V\\ETH\\1",
-                                           ERROR_ACCESS_DENIED, row.failing, 1);
-        }
-        EXPECT_EQ(cycle(), row.result);
-        EXPECT_EQ(Restarts() - before, row.restarts);
-        before = Restarts();
     }
 }
 

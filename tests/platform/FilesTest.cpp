@@ -1,8 +1,7 @@
-// Drive C, in memory and in a folder: what names reach, how files open, and who shares them.
+// Drive C, in memory and in a folder: what names reach.
 
 #include <filesystem>
 #include <fstream>
-#include <optional>
 #include <random>
 #include <string>
 
@@ -89,76 +88,6 @@ TEST_P(DriveForms, NamesReachWhatTheyMean) {
     EXPECT_EQ(ErrorOf(PathFileExistsW(u"C:\\Dir\\none")), ERROR_FILE_NOT_FOUND);
     EXPECT_EQ(ErrorOf(CreateDirectoryW(u"C:\\New\\", nullptr)), 0);
     EXPECT_EQ(ErrorOf(CreateDirectoryW(u"C:\\NEW", nullptr)), ERROR_ALREADY_EXISTS);
-}
-
-TEST_P(DriveForms, DispositionsDoWhatTheySay) {
-    constexpr DWORD kUntouched = 4711;
-    const struct {
-        DWORD disposition;
-        bool exists;
-        DWORD last;
-        std::optional<std::string> content;  // afterwards
-    } kCases[] = {
-        {CREATE_ALWAYS, false, ERROR_SUCCESS, ""},
-        {CREATE_ALWAYS, true, ERROR_ALREADY_EXISTS, ""},
-        {OPEN_EXISTING, false, ERROR_FILE_NOT_FOUND, std::nullopt},
-        {OPEN_EXISTING, true, kUntouched, "old"},
-        {OPEN_ALWAYS, false, ERROR_SUCCESS, ""},
-        {OPEN_ALWAYS, true, ERROR_ALREADY_EXISTS, "old"},
-    };
-    for (const auto& test : kCases) {
-        const auto number = &test - kCases;
-        SCOPED_TRACE(number);
-        const std::u16string path = u"C:\\file" + FromUtf8(std::to_string(number));
-        ASSERT_TRUE(!test.exists || Drive().WriteWholeFile(path, "old"));
-        Call::SetLast(kUntouched);
-        const HANDLE file = Open(path, GENERIC_WRITE, 0, test.disposition);
-        EXPECT_EQ(Call::GetLast(), test.last);
-        if (file != INVALID_HANDLE_VALUE) CloseHandle(file);
-        EXPECT_EQ(Drive().ReadWholeFile(path), test.content);
-    }
-}
-
-TEST_P(DriveForms, OpenFilesShareOnlyWhatBothAllow) {
-    constexpr DWORD kDenied = ERROR_SHARING_VIOLATION;
-    constexpr DWORD kBoth = FILE_SHARE_READ | FILE_SHARE_WRITE;
-    const struct {
-        DWORD firstAccess, firstShare, access, share, disposition, error;
-    } kCases[] = {
-        {GENERIC_READ, FILE_SHARE_READ, GENERIC_READ, FILE_SHARE_READ, OPEN_EXISTING, 0},
-        {FILE_APPEND_DATA, kBoth, FILE_APPEND_DATA, kBoth, OPEN_ALWAYS, 0},
-        {FILE_APPEND_DATA, kBoth, GENERIC_READ, FILE_SHARE_READ, OPEN_EXISTING, kDenied},
-        {GENERIC_READ, FILE_SHARE_READ, GENERIC_READ, kBoth, CREATE_ALWAYS, kDenied},
-    };
-    for (const auto& test : kCases) {
-        SCOPED_TRACE(&test - kCases);
-        ASSERT_TRUE(Drive().WriteWholeFile(u"C:\\shared", "kept"));
-        const HANDLE first = Open(u"C:\\shared", test.firstAccess, test.firstShare, OPEN_EXISTING);
-        const HANDLE second = Open(u"c:\\SHARED", test.access, test.share, test.disposition);
-        EXPECT_EQ(second == INVALID_HANDLE_VALUE ? Call::GetLast() : 0, test.error);
-        if (second != INVALID_HANDLE_VALUE) CloseHandle(second);
-        CloseHandle(first);
-        EXPECT_EQ(Drive().ReadWholeFile(u"C:\\shared"), "kept");
-    }
-}
-
-TEST_P(DriveForms, BytesGoWhereTheHandleStands) {
-    ASSERT_TRUE(Drive().WriteWholeFile(u"C:\\bytes", "0123"));
-    const HANDLE file = Open(u"C:\\bytes", GENERIC_READ | GENERIC_WRITE, 3, OPEN_EXISTING);
-    const HANDLE log = Open(u"C:\\bytes", FILE_APPEND_DATA, 3, OPEN_ALWAYS);
-    char buffer[8] = {};
-    DWORD read = 0;
-    EXPECT_TRUE(ReadFile(file, buffer, 4, &read, nullptr));
-    EXPECT_TRUE(Put(log, "+1"));
-    EXPECT_TRUE(Put(file, "+2"));  // stands where the file ended before
-    EXPECT_TRUE(Put(log, "+3"));
-    EXPECT_TRUE(ReadFile(file, buffer, sizeof buffer, &read, nullptr));
-    EXPECT_EQ(std::string(buffer, read), "+3");
-    EXPECT_TRUE(ReadFile(file, buffer, sizeof buffer, &read, nullptr));
-    EXPECT_EQ(read, 0u) << "the end of the file is no failure";
-    EXPECT_EQ(Drive().ReadWholeFile(u"C:\\bytes"), "0123+2+3");
-    CloseHandle(log);
-    CloseHandle(file);
 }
 
 // A folder to be drive C:, beside a file and links that lead there.

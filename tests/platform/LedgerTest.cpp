@@ -1,7 +1,5 @@
-// What is left open is missed; a fault comes before any change.
+// What is left open is missed.
 
-#include <memory>
-#include <new>
 #include <string>
 #include <vector>
 
@@ -12,7 +10,6 @@
 #include <oleauto.h>
 #include <setupapi.h>
 
-#include "Facts.h"
 #include "FactsMachine.h"
 
 namespace {
@@ -53,27 +50,6 @@ TEST(LedgerTest, WhatIsLeftOpenIsMissedUnderItsCallAlsoWithoutAHandle) {
     EXPECT_EQ(missed, (std::vector<std::string>{"RegCreateKeyExW", "RegOpenKeyExW", "CreateFileW",
                                                 "SetupDiCreateDeviceInfoList", "CreateEventW",
                                                 "CreateThread", "a wait"}));
-}
-
-TEST(FaultTest, AFaultComesBeforeAnyChangeAndNeverAtClosing) {
-    FactsMachine facts(KeyLines("K"));
-    HKEY key = nullptr;
-    ASSERT_EQ(RegOpenKeyExW(HKEY_LOCAL_MACHINE, u"K", 0, KEY_ALL_ACCESS, &key), 0);
-    facts.machine.faults.FailCalls("RegSetValueExW", u"VALUE", 1450);
-    facts.machine.faults.FailCalls("RegCloseKey", {}, ERROR_ACCESS_DENIED);
-    EXPECT_EQ(RegSetValueExW(key, u"value", 0, REG_BINARY, nullptr, 0), 1450);
-    EXPECT_EQ(RegSetValueExW(key, u"other", 0, REG_BINARY, nullptr, 0), 0);
-    EXPECT_EQ(RegCloseKey(key), 0);
-    EXPECT_EQ(platform::MachineValues(u"K"), std::vector<std::u16string>{u"other"});
-}
-
-TEST(FaultTest, NewFailsOnlyWhereItReportsByNull) {
-    platform::Machine machine;
-    machine.faults.FailCalls("operator new", u"", ERROR_NOT_ENOUGH_MEMORY);
-    EXPECT_EQ(std::unique_ptr<int>(new (std::nothrow) int), nullptr);
-    EXPECT_NE(std::make_unique<int>(), nullptr);
-    const platform::QuietScope quiet;
-    EXPECT_NE(std::unique_ptr<int>(new (std::nothrow) int), nullptr);
 }
 
 }  // namespace

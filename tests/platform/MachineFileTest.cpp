@@ -1,16 +1,13 @@
 // Machine files: what is read and refused, what is written, and that nothing gets lost between.
 
 #include <string>
-#include <tuple>
 #include <vector>
 
 #include <windows.h>
 
-#include "../hostile/Hostile.h"
 #include "Facts.h"
 #include "FactsMachine.h"
 #include "Registry.h"
-#include "Seeds.h"
 #include "Text.h"
 
 namespace {
@@ -98,25 +95,6 @@ TEST(MachineFileTest, ValuesInEveryFormThatExportsAndPeopleWrite) {
         FactsMachine facts(kKey + "  \"v\" = " + row.written + "\n");
         EXPECT_EQ(Value(facts.machine, u"v"), row.read.empty() ? "" : "\"v\"=" + row.read + "\n");
     }
-}
-
-TEST(MachineFileTest, KeysInEveryFormThatExportsAndPeopleWrite) {
-    FactsMachine facts(
-        "; a comment\n\t\n"
-        "[HKEY_LOCAL_MACHINE\\A]\n"
-        "[hkey_local_machine\\a\\B [1]\\] ; comment\n"
-        "[HKEY_CURRENT_USER]\n"
-        "@=\"me\"\n"
-        "[-HKEY_CLASSES_ROOT\\None]\n"
-        "[HKEY_LOCAL_MACHINE\\A\\\\C\\D]\n"
-        "[HKEY_LOCAL_MACHINE\\A\\AB]\n");
-    EXPECT_EQ(Formatted(facts.machine), kHeader +
-                                            "[HKEY_CURRENT_USER]\n@=\"me\"\n\n"
-                                            "[HKEY_LOCAL_MACHINE\\A]\n\n"
-                                            "[HKEY_LOCAL_MACHINE\\A\\AB]\n\n"
-                                            "[HKEY_LOCAL_MACHINE\\A\\B [1]]\n\n"
-                                            "[HKEY_LOCAL_MACHINE\\A\\C]\n\n"
-                                            "[HKEY_LOCAL_MACHINE\\A\\C\\D]\n\n");
 }
 
 TEST(MachineFileTest, ABrokenFileIsRefusedWithItsLine) {
@@ -239,61 +217,6 @@ TEST(MachineFileTest, AnImportChangesTheRunningMachine) {
     facts.Merge("[-" + FactsMachine::kStandIn + "\\Faults]\n");
     EXPECT_EQ(RegDeleteValueW(key, u"c"), 0);
     EXPECT_EQ(RegCloseKey(key), 0);
-}
-
-// Characters that mean something in a machine file among others, without the given ones.
-std::u16string RandomName(Hostile& hostile, std::size_t length, std::u16string_view without) {
-    std::u16string name;
-    while (name.size() < length) {
-        const char16_t unit = hostile.OneOf(
-            u"\\\"\r\n];[@=- \t\u00E9\u20AC\xD800\xDC00"
-            u"aA1");
-        if (unit != 0 && without.find(unit) == without.npos) name += unit;
-    }
-    return name;
-}
-
-RegistryTree RandomRegistry(Hostile& hostile) {
-    RegistryTree tree;
-    std::vector<std::shared_ptr<RegistryKey>> keys;
-    for (std::size_t i = 0; i < registryRoots; ++i)
-        keys.push_back(tree.Root(static_cast<RegistryRoot>(i)));
-    for (int i = 0; i < 40; ++i)
-        keys.push_back(tree.Create(hostile.OneOf(keys),
-                                   RandomName(hostile, 1 + hostile.Below(12), u"\\\r\n")));
-    for (int i = 0; i < 200; ++i)
-        tree.SetValue(*hostile.OneOf(keys), RandomName(hostile, hostile.Below(10), u""),
-                      hostile.Type(), hostile.Data({}));
-    return tree;
-}
-
-// Everything that a tree holds, exactly.
-using Exact = std::vector<std::tuple<std::u16string, DWORD, std::vector<BYTE>>>;
-Exact Contents(const RegistryTree& tree) {
-    Exact contents;
-    tree.Walk([&](const std::u16string& path, const RegistryKey& key) {
-        contents.push_back({path, 0, {}});
-        for (const RegistryValue& value : key.Values())
-            contents.push_back({std::u16string(value.Name()),
-                                value.Type(),
-                                {value.Data().begin(), value.Data().end()}});
-    });
-    return contents;
-}
-
-TEST(MachineFileTest, WhatIsSavedReadsBackExactly) {
-    for (const std::uint64_t seed : Seeds(60)) {
-        SCOPED_TRACE("TEST_SEED=" + std::to_string(seed));
-        Machine machine;
-        Hostile hostile(seed);
-        Registry& registry = machine.Get<Registry>();
-        registry.Replace(RandomRegistry(hostile));
-        const Exact before = Contents(registry.Tree());
-        const std::string saved = SaveMachineFile(machine);
-        ASSERT_FALSE(LoadMachineFile(machine, saved));
-        ASSERT_TRUE(Contents(registry.Tree()) == before);
-        EXPECT_EQ(SaveMachineFile(machine), saved);
-    }
 }
 
 // Loading must not take time that grows faster than the file.

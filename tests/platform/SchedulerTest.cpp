@@ -1,8 +1,6 @@
-// Threads, the clock, the user's turns, and what ends a machine.
+// Threads, and what ends a machine.
 
 #include <functional>
-#include <optional>
-#include <stdexcept>
 #include <string>
 #include <vector>
 
@@ -15,8 +13,6 @@ namespace {
 
 using platform::Machine;
 using platform::MachineEnded;
-using platform::Scheduler;
-using Times = std::vector<Scheduler::Milliseconds>;
 
 // A thread at work. The owner joins it at its end, unless the machine has ended.
 class Worker {
@@ -40,82 +36,14 @@ class Worker {
     HANDLE m_thread;
 };
 
-// How the deed ends the machine.
-MachineEnded EndOf(const std::function<void()>& deed) {
+// How the action ends the machine.
+MachineEnded EndOf(const std::function<void()>& action) {
     try {
-        deed();
+        action();
     } catch (const MachineEnded& end) {
         return end;
     }
     return {0, "the machine goes on"};
-}
-
-TEST(SchedulerTest, TheClockMovesToWhatIsDueAndNoFurther) {
-    for (const std::uint64_t seed : Seeds(6)) {
-        SCOPED_TRACE(seed);
-        FactsMachine facts({}, seed);
-        Scheduler& scheduler = facts.machine.scheduler;
-        const std::uint64_t start = scheduler.LocalFileTime();
-        Times woke;
-        {
-            const Worker worker([&] {
-                for (const DWORD pause : {2'000U, 9'000U, 5'000U}) {
-                    Sleep(pause);
-                    woke.push_back(scheduler.Now());
-                }
-            });
-            Sleep(5'000);
-            woke.push_back(scheduler.Now());
-            EXPECT_EQ(WaitForSingleObject(worker.Handle(), 1'000), WAIT_TIMEOUT);
-            EXPECT_EQ(scheduler.Now(), 6'000U);
-            Sleep(6'000);
-            scheduler.Advance(8'000);  // makes the last sleep, until 16 s, due
-        }
-        EXPECT_EQ(woke, (Times{2'000, 5'000, 11'000, 20'000}));
-        EXPECT_EQ(scheduler.LocalFileTime() - start, 200'000'000U);
-    }
-}
-
-TEST(SchedulerTest, AMachineThatNobodyWouldStopEnds) {
-    Machine machine;
-    const Worker worker([] {
-        for (;;)
-            Sleep(5'000);
-    });
-    const MachineEnded end = EndOf([&] {
-        for (bool asked = false;; asked = true)
-            machine.scheduler.BlockIdle(
-                "GetMessageW", [] { return false; }, std::nullopt, asked);
-    });
-    EXPECT_EQ(end.reason,
-              "the user is done, and it goes on: thread 0 in GetMessageW, thread 1 in Sleep");
-}
-
-TEST(SchedulerTest, ABoxThatNobodyAnswersEndsTheMachine) {
-    Machine machine;
-    EXPECT_EQ(EndOf([] { MessageBoxW(nullptr, TEXT("Text"), nullptr, MB_OK); }).reason,
-              "a message box without a user: Error: Text");
-}
-
-TEST(SchedulerTest, AnExceptionThatLeavesAThreadEndsTheMachine) {
-    const struct {
-        std::function<void()> work;
-        DWORD code;
-        std::string reason;
-    } cases[] = {
-        {[] { RaiseException(STATUS_NO_MEMORY, EXCEPTION_NONCONTINUABLE, 0, nullptr); },
-         STATUS_NO_MEMORY, "exception 0xC0000017"},
-        {[] { throw std::length_error("too long"); }, 0xE06D7363,
-         "an exception left thread 1: too long"},
-    };
-    for (const auto& row : cases) {
-        Machine machine;
-        const Worker worker(row.work);
-        const MachineEnded end = EndOf([] { Sleep(1'000); });
-        EXPECT_EQ(end.code, row.code);
-        EXPECT_EQ(end.reason, row.reason);
-        EXPECT_EQ(machine.scheduler.Now(), 0U);
-    }
 }
 
 // Two threads that take two mutexes, in the same order or not; how it ends.
