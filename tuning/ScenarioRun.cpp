@@ -88,7 +88,7 @@ PlacedPorts PlacePorts(RunLog& run, TuningAdapter& a1, TuningAdapter* a2,
 
 // Restores what the scenario touches and lets its tuner write. False when that refused.
 bool RunScenario(LogStream* log, const ScenarioRow& scenario, const PlacedPorts& place) {
-    RestoreTuningDefaults(scenario.restore == RestoreLog::Lines ? log : nullptr, place.a1,
+    RestoreTuningDefaults(scenario.restore == RestoreLog::Written ? log : nullptr, place.a1,
                           scenario.ports == ScenarioPorts::First ? nullptr : place.a2);
     return !scenario.tune || scenario.tune(log, place);
 }

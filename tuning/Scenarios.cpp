@@ -32,12 +32,12 @@ bool SingleStream(LogStream* log, const PlacedPorts& place) {
 // The defaults, which no tuner writes, come last.
 constexpr ScenarioRow kScenarios[] = {
     // clang-format off
-    {SINGLE_PORT_STREAM, IDC_SINGLE_PORT,   TEXT("1086"), TEXT("SINGLE_PORT_STREAM"), ScenarioPorts::First,       RestoreLog::Lines,  SinglePort},
-    {DUAL_PORT_STREAM,   IDC_DUAL_PORT,     TEXT("1087"), TEXT("DUAL_PORT_STREAM"),   ScenarioPorts::Both,        RestoreLog::Lines,  DualPort},
-    {FORWARDING_STREAM,  IDC_FORWARDING,    TEXT("1088"), TEXT("FORWARDING_STREAM"),  ScenarioPorts::FirstOrBoth, RestoreLog::Lines,  Forwarding},
-    {MCAST_STREAM,       IDC_MULTICAST,     TEXT("1096"), TEXT("MCAST_STREAM"),       ScenarioPorts::First,       RestoreLog::Silent, Multicast},
-    {SINGLE_STREAM,      IDC_SINGLE_STREAM, TEXT("1098"), TEXT("SINGLE_STREAM"),      ScenarioPorts::First,       RestoreLog::Lines,  SingleStream},
-    {RESTORE_DEFAULTS,   IDC_BALANCED,      nullptr,      TEXT("RESTORE_DEFAULTS"),   ScenarioPorts::FirstOrBoth, RestoreLog::Lines,  nullptr},
+    {SINGLE_PORT_STREAM, IDC_SINGLE_PORT,   TEXT("1086"), TEXT("SINGLE_PORT_STREAM"), ScenarioPorts::First,       RestoreLog::Written, SinglePort},
+    {DUAL_PORT_STREAM,   IDC_DUAL_PORT,     TEXT("1087"), TEXT("DUAL_PORT_STREAM"),   ScenarioPorts::Both,        RestoreLog::Written, DualPort},
+    {FORWARDING_STREAM,  IDC_FORWARDING,    TEXT("1088"), TEXT("FORWARDING_STREAM"),  ScenarioPorts::FirstOrBoth, RestoreLog::Written, Forwarding},
+    {MCAST_STREAM,       IDC_MULTICAST,     TEXT("1096"), TEXT("MCAST_STREAM"),       ScenarioPorts::First,       RestoreLog::Silent,  Multicast},
+    {SINGLE_STREAM,      IDC_SINGLE_STREAM, TEXT("1098"), TEXT("SINGLE_STREAM"),      ScenarioPorts::First,       RestoreLog::Written, SingleStream},
+    {RESTORE_DEFAULTS,   IDC_BALANCED,      nullptr,      TEXT("RESTORE_DEFAULTS"),   ScenarioPorts::FirstOrBoth, RestoreLog::Written, nullptr},
     // clang-format on
 };
 

@@ -26,7 +26,7 @@ enum class ScenarioPorts {
 };
 
 // Whether the lines of the restore that precedes the tuner go to the log.
-enum class RestoreLog { Lines, Silent };
+enum class RestoreLog { Written, Silent };
 
 // The ports and rows of one run. a2 and row2 may be null: no second port, and no node of its own.
 struct PlacedPorts {

@@ -248,6 +248,9 @@ TEST(FaultSweep, InformationTab) {
     Seen noFile;
     for (int row = ROW_DRIVER_VERSION; row <= ROW_PKEY; ++row)
         noFile.shown[Saved(row)] = "-";
+    Seen empty = noFile;  // a tab that couldn't start
+    for (int row = ROW_DRIVER_VERSION; row <= ROW_PKEY; ++row)
+        empty.shown[Listed(row)] = "-";
     sweep.described = {
         {{"GetAdaptersAddresses"}, network({noTable}), "", 0, false},
         {{"GetAdaptersAddresses"}, network({noTable, noTable}), "", 1},
@@ -255,6 +258,7 @@ TEST(FaultSweep, InformationTab) {
         {{"LocalAlloc"}, network({noBlock}), "", 0, false},
         {{"LocalAlloc"}, network({noBlock, noBlock}), "", 1},
         {{"GetSaveFileNameW"}, noFile},
+        {{"SendMessageW"}, empty, std::to_string(LVM_INSERTCOLUMNW)},
         {{"RegQueryValueExW"}, rows({ROW_DRIVER_VERSION}), "DriverVersion"},
         {{"CreateMutexW", "CreateEventW", "CreateThread"}, rows({ROW_DEVICE_ID})},
     };

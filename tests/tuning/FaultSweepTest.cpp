@@ -50,35 +50,67 @@ TEST(FaultSweep, PerformanceTabStart) {
             {"forwarding", "-"}, {"balanced", "-"}, {"dual", "on"}, {"run", "on"}, {"help", ""}};
         // A control that couldn't be set stays as it was, and nobody is told. A page whose start
         // failed can't run.
-        sweep.mayBe = {{"run", "off"}};
+        sweep.mayBe = {{"run", "off"}, {"dual", "off"}, {"help", "This adap"}};
         sweep.succeeded = [](const Observed& found, const Observed&) {
             return found.values.at("run") == "on" ||
-                   (found.values.at("forwarding") == "-" && found.values.at("help").empty());
+                   (found.values.at("forwarding") == "-" && found.values.at("help") == "This adap");
         };
-        // The start fails: nothing is chosen, and nothing can be run.
-        const auto fails = [](const Lines& log = {}) {
-            return Seen{.log = LogEdit{"", "", log},
-                        .shown = {{"forwarding", "-"}, {"run", "off"}, {"help", ""}}};
+        // The start fails: nothing is chosen, nothing can be run, and the tab says why.
+        const auto fails = [](const std::string& reason, Lines log = {}) {
+            if (!reason.empty()) log.insert(log.end(), {"GetKeysInfo: " + reason, ""});
+            return Seen{
+                .log = LogEdit{"", "", log},
+                .shown = {
+                    {"forwarding", "-"}, {"dual", "off"}, {"run", "off"}, {"help", "This adap"}}};
         };
         const std::string connection =
             std::string(kNetwork) + "\\" + Sample::Guid(port) + "\\Connection";
         const std::string search = "FindAdapterGuidByNetKey: ";
+        const std::string own = sweep.sample.InstanceId(port);
         const std::string sibling = sweep.sample.InstanceId(3 - port);
         const std::string siblingGuid = Sample::Guid(3 - port);
+        const auto noLog = [&](const std::string& path) {
+            return fails("Error opening the log: " + path);
+        };
+        const std::string folder = std::string(kLog).substr(0, std::string(kLog).rfind('\\'));
         sweep.described = {
-            {{"RegOpenKeyExW"}, fails(), Sample::ClassKey(port)},
-            {{"RegQueryValueExW"}, fails(), "ComponentId"},
-            {{"RegQueryValueExW"}, fails(), "TuningScenario"},
-            {{"RegQueryValueExW"}, fails(), "NetCfgInstanceId", 1},
-            {{"RegQueryValueExW"}, fails(), "PnpInstanceID", 1},
-            {{"RegOpenKeyExW"}, fails(), connection},
-            {{"CM_Locate_DevNode_ExW", "CM_Get_Device_ID_ExW", "CM_Get_Parent_Ex",
-              "CM_Get_Child_Ex", "WriteFile"},
-             fails()},
-            {kOpening, fails()},
-            {{"RegOpenKeyExW"}, fails({search + "Error opening key: " + kNetwork, ""}), kNetwork},
             {{"RegOpenKeyExW"},
-             fails({std::string("FindAdapterByGuid: Error opening key: ") + kAdapters, ""}),
+             fails("Error opening key: " + Sample::ClassKey(port) + ": 5"),
+             Sample::ClassKey(port)},
+            {{"RegQueryValueExW"}, fails("Reading ComponentId failed: 1f"), "ComponentId"},
+            {{"RegQueryValueExW"}, fails("Reading TuningScenario failed: 1f"), "TuningScenario"},
+            {{"RegQueryValueExW"},
+             fails("Reading NetCfgInstanceId failed: 1f"),
+             "NetCfgInstanceId",
+             1},
+            {{"RegQueryValueExW"}, fails("Reading PnpInstanceID failed: 1f"), "PnpInstanceID", 1},
+            {{"RegOpenKeyExW"},
+             fails(std::string("Error opening key of connection: ") + Sample::Guid(port)),
+             connection},
+            {{"CM_Locate_DevNode_ExW"},
+             fails("CM_Locate_DevNode_Ex failed for DeviceInstanceID " + own)},
+            {{"CM_Get_Device_ID_ExW"},
+             fails("CM_Get_Device_ID_Ex failed for sibling of DeviceInstanceID " + own)},
+            {{"CM_Get_Parent_Ex"}, fails("CM_Get_Parent_Ex failed for DeviceInstanceID " + own)},
+            {{"CM_Get_Child_Ex"},
+             fails("CM_Get_Child_Ex failed for DeviceInstanceID " + own + " parent")},
+            // Without a log only the help pane tells.
+            {{"GetWindowsDirectoryW", "CreateDirectoryW", "CreateFileW", "GetFileSizeEx",
+              "WriteFile"},
+             fails(""),
+             "",
+             0,
+             true},
+            {{"GetWindowsDirectoryW"}, noLog("")},
+            {{"CreateDirectoryW"}, noLog(folder)},
+            {{"CreateFileW", "GetFileSizeEx", "WriteFile"}, noLog(kLog)},
+            {{"RegOpenKeyExW"},
+             fails("FindAdapterGuidByNetKey failed for PnpInstanceID = " + sibling + ": 5",
+                   {search + "Error opening key: " + kNetwork, ""}),
+             kNetwork},
+            {{"RegOpenKeyExW"},
+             fails("FindAdapterByGuid failed for guid \"" + siblingGuid + "\": 5",
+                   {std::string("FindAdapterByGuid: Error opening key: ") + kAdapters, ""}),
              kAdapters},
             // Neither port is found then.
             {{"CM_Get_Sibling_Ex"}, {.shown = {{"dual", "off"}}}, "", 1, true},
@@ -89,7 +121,10 @@ TEST(FaultSweep, PerformanceTabStart) {
         };
         sweep.failureLines = {
             search + "Network Adapter with PnpInstanceID = " + sibling + " not found\n",
-            "FindAdapterByGuid: Adapter GUID not found: " + siblingGuid + "\n"};
+            "GetKeysInfo: FindAdapterGuidByNetKey failed for PnpInstanceID = " + sibling +
+                ": 103\n",
+            "FindAdapterByGuid: Adapter GUID not found: " + siblingGuid + "\n",
+            "GetKeysInfo: FindAdapterByGuid failed for guid \"" + siblingGuid + "\": 103\n"};
         sweep.Execute();
     }
 }
