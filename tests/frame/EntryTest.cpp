@@ -26,6 +26,15 @@ TEST(Attach, BeginsWithACleanRecordEachTime) {
     EXPECT_EQ(Library().activeConfigTabCount, 0);
 }
 
+TEST(Attach, AHelpFileThatDoesNotLoadLeavesNoDocument) {
+    const char* const files[] = {nullptr, "<help><Topic>{\\rtf1 text}</help>"};
+    for (const char* help : files) {
+        TestMachine test(Sample(), 0, help);
+        test.Attach();
+        EXPECT_FALSE(HasHelp());
+    }
+}
+
 TEST(Attach, ComIsUninitialisedOnlyByWhoInitialisedIt) {
     const struct {
         HRESULT result;  // of CoInitialize

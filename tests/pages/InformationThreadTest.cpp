@@ -124,6 +124,25 @@ TEST(InformationThreads, FailingPassesBoxesAndTabChangesInAnyOrder) {
     }
 }
 
+// What is sent to the sheet while it waits for the end of a pass is answered at once.
+TEST(InformationThreads, TheWaitForTheThreadAnswersWhatIsSent) {
+    TestMachine test(FullSample());
+    std::size_t calls = 0;
+    bool stops = false;
+    LRESULT length = 0;
+    test.machine.trace.onCall = [&](const platform::Trace::Record& call) {
+        const platform::QuietScope quiet;
+        if (call.thread == 0) stops |= std::string_view(call.name) == "SetEvent";
+        if (call.thread == 0 || ++calls != 10) return;
+        PostMessageW(test.SheetWindow(), PSM_SETCURSEL, 1, 0);
+        test.machine.scheduler.BlockUntil("a row", [&] { return stops; });
+        length = SendMessageW(test.SheetWindow(), WM_GETTEXTLENGTH, 0, 0);
+    };
+    test.user.Do([&] { test.machine.scheduler.UserWaits(1000); });
+    EXPECT_TRUE(test.RunSheet());
+    EXPECT_GT(length, 0);
+}
+
 // Two sheets of two adapters poll side by side.
 TEST(InformationThreads, SheetsDoNotMixUpTheirAdapters) {
     for (const std::uint64_t seed : Seeds(20)) {

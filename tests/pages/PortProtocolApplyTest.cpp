@@ -69,6 +69,20 @@ TEST(PortProtocolApply, ShowsAndStoresTheChoiceAndRestartsTheDevice) {
     }
 }
 
+TEST(PortProtocolApply, TheValueIsThereWhenTheDeviceRestarts) {
+    PortProtocolTest test(Bus(kAll, R"("ib,ib")"));
+    std::string stored;
+    test.machine.trace.onCall = [&](const platform::Trace::Record& call) {
+        if (stored.empty() && std::string_view(call.name) == "SetupDiCallClassInstaller")
+            stored = test.Stored();
+    };
+    test.OnTab([&] {
+        test.Press(1075);
+        test.Push(PSBTN_APPLYNOW);
+    });
+    EXPECT_EQ(stored, "eth,ib");
+}
+
 TEST(PortProtocolApply, WithoutAChangeTouchesNothing) {
     PortProtocolTest test(Bus("0000021e", R"("auto,auto")"));
     test.machine.trace.Start();

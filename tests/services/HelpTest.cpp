@@ -38,6 +38,7 @@ constexpr char kHelp[] = R"(<?xml version="1.0"?>
   <PortType>{\rtf1 second}</PortType>
   <Plain>no rich text</Plain>
   <Empty/>
+  <Name>{\rtf1 café}</Name>
   <Parts>{\rtf1 a<b>b</b><![CDATA[ & c}]]></Parts>
 </help>)";
 
@@ -54,6 +55,7 @@ TEST(HelpTopics, AreFoundByKeyAndSuffix) {
         {u"Plain", nullptr, u"", "text without a brace"},
         {u"Empty", nullptr, u"", "no text"},
         {u"Parts", nullptr, u"ab & c", "text in pieces"},
+        {u"Name", nullptr, u"caf\u00E9", "a letter of the code page"},
         {u"<no name>", nullptr, u"", "not a name"},
     };
     for (const auto& row : rows) {

@@ -60,12 +60,14 @@ void ExpectNotes(bool starts, const std::string& expected) {
     test.Attach();
     std::string notes;
     test.user.Do([&] {
+        EXPECT_NE(SetCursor(nullptr), LoadCursorW(nullptr, IDC_WAIT)) << "the start is over";
         test.Press(IDC_BALANCED);
         PostMessageW(test.Page(), WM_APP + 1, 0, 0);
     });
     test.user.Do([&] { SendMessageW(test.SheetWindow(), PSM_PRESSBUTTON, PSBTN_OK, 0); });
     EXPECT_TRUE(test.RunSheet(PageOf<Place>(test, new NotingPage(notes, starts))));
     EXPECT_EQ(notes, expected);
+    EXPECT_EQ(Library().vlanPages.count, 0);
 }
 
 TEST(SheetPage, GetsItsMessagesWhereverItIsKept) {

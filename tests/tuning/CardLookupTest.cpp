@@ -55,6 +55,20 @@ TEST(IpoIbPortGuidToMac, TakesTheFirstRuleThatFits) {
     }
 }
 
+// The second port would get the first number again, and be taken.
+TEST(CardLookup, EndsWhenTheCounterHasRunThrough) {
+    TestMachine test(Sample().NoCard().With("SOFTWARE\\StandIn\\Cards\\1111111111111111",
+                                            "\"Ports\"=\"0102030405060708;1112131415161718\""));
+    test.Attach();
+    Library().fallbackMacCount = ~ULONG{0};
+    AdapterIfInfo info;
+    info.mac[0] = 2;
+    info.mac[5] = 1;
+    EXPECT_EQ(IpoIbMacToPortGuid(info), 0);
+    EXPECT_EQ(info.portGuid, 0u);
+    EXPECT_EQ(Output(test), "IpoIbPortGuidToMac failed\n");
+}
+
 // The layer's library is asked for an IPoIB port only.
 TEST(CardLookup, FollowsAPortToItsCard) {
     const struct {

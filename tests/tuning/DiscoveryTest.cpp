@@ -130,6 +130,19 @@ TEST(FindAdapter, ComparesWithoutRegardToCase) {
               ERROR_SUCCESS);
 }
 
+TEST(GetAdapterConnectionName, TakesANameOfUpTo260CharactersAndKeepsTheOldOneElse) {
+    for (const std::size_t length : {131u, 259u, 260u}) {
+        const std::string key = std::string(kNetworkPath) + "\\" + Sample::Guid(1);
+        TestMachine test(
+            Sample().With(key + "\\Connection", "\"Name\"=\"" + std::string(length, 'n') + "\""));
+        OpenPort port(1);
+        port.Named("before");
+        EXPECT_TRUE(GetAdapterConnectionName(port));
+        EXPECT_EQ(std::u16string(port.connectionName),
+                  length < 260 ? std::u16string(length, u'n') : u"before");
+    }
+}
+
 // What else can fail is seen by the fault sweep.
 TEST(FindAdapter, LogsAMissingKey) {
     TestMachine test;

@@ -119,9 +119,8 @@ TEST(PerformancePage, AFailedStartSaysWhyAndOffersNothing) {
         test.machine.faults.FailCalls(c.call, Wide(c.argument), c.error);
         OnTab(test, std::move(provided), [&] {
             EXPECT_TRUE(CheckedButtons(test).empty());
-            for (const int control : {IDC_SINGLE_PORT, IDC_DUAL_PORT, IDC_FORWARDING,
-                                      IDC_MULTICAST, IDC_SINGLE_STREAM, IDC_BALANCED,
-                                      IDC_RUN_TUNING})
+            for (const int control : {IDC_SINGLE_PORT, IDC_DUAL_PORT, IDC_FORWARDING, IDC_MULTICAST,
+                                      IDC_SINGLE_STREAM, IDC_BALANCED, IDC_RUN_TUNING})
                 EXPECT_FALSE(IsEnabled(test, control)) << control;
             WCHAR help[400] = {};
             GetDlgItemTextW(test.Page(), IDC_HELP_TEXT, help, ARRAYSIZE(help));
