@@ -30,6 +30,9 @@ std::uint64_t MachineTime();
 void LetTimePass(std::uint64_t milliseconds);
 // The user is asked for a deed at that time, also while time is passing.
 void WakeAt(std::uint64_t time);
+// Whether a message box that a command needs may still come up, after so many looks for it. On the
+// host there is nothing to wait for: the user is asked when all is quiet.
+bool MayBoxComeYet(int looks);
 
 // Imports a machine file into the running machine. Refusal: "FILE:LINE: what is wrong"; a Windows
 // only tells when its import fails as a whole.

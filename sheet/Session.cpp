@@ -1,6 +1,7 @@
 #include "Session.h"
 
 #include <algorithm>
+#include <utility>
 
 #include "Controls.h"
 #include "Drawing.h"
@@ -119,7 +120,7 @@ int Session::AnswerUnasked(UINT style) const {
 }
 
 void Session::AnswerBox(int button) {
-    if (m_boxes.empty()) throw Refusal{"no message box is up"};
+    if (m_boxes.empty()) throw NoBox{{"no message box is up"}};
     const Box box = m_boxes.back();
     if (!HasButton(box, button))
         throw Refusal{"the box \"" + ToUtf8(box.caption) + "\" has no such button"};
@@ -172,6 +173,11 @@ bool Session::OnIdle() {
         m_isEnding = true;
     }
     if (m_isEnding) return Close();
+    if (m_untilBox) {
+        const Planned again = *std::exchange(m_untilBox, std::nullopt);
+        Do(again.line, again.place);
+        return true;
+    }
     if (DoWhatIsDue()) return true;
     if (MachineTime() < m_waitsUntil) return false;
     DoNextLine();
@@ -200,6 +206,13 @@ bool Session::DoWhatIsDue() {
 void Session::Do(const std::string& line, const std::string& place) {
     try {
         m_execute(*this, line);
+        m_looksForBox = 0;
+    } catch (const NoBox& refusal) {
+        if (MayBoxComeYet(m_looksForBox++)) {
+            m_untilBox = Planned{line, place};
+        } else {
+            Refuse(refusal.reason, place);
+        }
     } catch (const Refusal& refusal) {
         Refuse(refusal.reason, place);
     }

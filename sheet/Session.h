@@ -13,6 +13,7 @@
 #include "DeviceManager.h"
 #include "MessageBoxes.h"
 #include "Script.h"
+#include "Transcript.h"
 
 namespace sheet {
 
@@ -67,6 +68,7 @@ class Session {
     void End() { m_isEnding = true; }
 
   private:
+    struct NoBox : Refusal {};
     struct Planned {
         std::string line;
         std::string place;
@@ -92,6 +94,8 @@ class Session {
     std::deque<std::optional<int>> m_answers;  // nothing: leave the box up
     std::deque<std::optional<Text>> m_files;   // nothing: cancel
     std::multimap<std::uint64_t, Planned> m_plan;
+    std::optional<Planned> m_untilBox;  // a command that waits for a box
+    int m_looksForBox = 0;
     std::uint64_t m_waitsUntil = 0;
     bool m_isEnding = false;
     int m_closingSteps = 0;

@@ -12,9 +12,10 @@ namespace platform {
 
 ULONGLONG Clock::Look() {
     LookAtDoorbells();
-    const ULONGLONG system = GetTickCount64();
-    if (charged != 0) shift = last + std::exchange(charged, 0) - system;
-    return last = system + shift;
+    const ULONGLONG before = std::exchange(system, GetTickCount64());
+    if (!isHeld && charged == 0) now += system - before;
+    now += std::exchange(charged, 0);
+    return now;
 }
 
 void ChargeClock(DWORD milliseconds) {

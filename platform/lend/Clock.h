@@ -1,5 +1,6 @@
 #pragma once
-// The time that passes for the library: the system's, and what was charged. With the lock held.
+// The time that passes for the library: the system's, or none at all while it is held, and what was
+// charged. With the lock of a Call held.
 
 #include "Machine.h"
 
@@ -7,9 +8,10 @@ namespace platform {
 
 struct Clock : Part {
     const ULONGLONG start = GetTickCount64();
-    ULONGLONG shift = 0;  // to the system's time
-    ULONGLONG last = start;
+    ULONGLONG now = start;  // at the last look
+    ULONGLONG system = start;
     ULONGLONG charged = 0;  // since then
+    bool isHeld = false;    // moves only when it is set
 
     // Milliseconds since the system's start. What was measured since the last look took the time
     // that was charged for it, however long it took here.

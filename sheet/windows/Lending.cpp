@@ -28,4 +28,8 @@ void Lend(HMODULE library) {
     }
 }
 
+HMODULE Lender() {
+    return g_lender;
+}
+
 }  // namespace sheet

@@ -12,5 +12,7 @@ namespace sheet {
 void LendFrom(const Text& dll);
 // Points each import of the library that the lending DLL exports to it. Does nothing without one.
 void Lend(HMODULE library);
+// The lending DLL, or null.
+HMODULE Lender();
 
 }  // namespace sheet

@@ -10,6 +10,7 @@
 #include "../Transcript.h"
 #include "Imports.h"
 #include "Lending.h"
+#include "MachineClock.h"
 #include "RegistrySnapshot.h"
 #include "ScratchFile.h"
 #include "WindowsUser.h"
@@ -47,7 +48,8 @@ bool RunCommand(Text commandLine) {
                         nullptr, nullptr, &startup, &process))
         return false;
     CloseHandle(process.hThread);
-    WaitForSingleObject(process.hProcess, INFINITE);
+    // Not a wait of the library, for which the clock would move.
+    WaitForSingleObjectEx(process.hProcess, INFINITE, FALSE);
     DWORD exitCode = 1;
     GetExitCodeProcess(process.hProcess, &exitCode);
     CloseHandle(process.hProcess);
@@ -57,11 +59,6 @@ bool RunCommand(Text commandLine) {
 const std::map<Text, KeySnapshot, NameLess>& RegistryBefore() {
     static const auto before = TakeRegistrySnapshot();
     return before;
-}
-
-ULONGLONG StartOfSession() {
-    static const ULONGLONG start = GetTickCount64();
-    return start;
 }
 
 }  // namespace
@@ -76,13 +73,21 @@ void LibraryLoaded(HMODULE library) {
 }
 
 std::uint64_t MachineTime() {
-    return GetTickCount64() - StartOfSession();
+    return MachineClockTime();
 }
 
-// The user looks at the clock as often as at the sheet, so there is nothing to arrange.
-void LetTimePass(std::uint64_t) {}
+void LetTimePass(std::uint64_t milliseconds) {
+    AddWakingTime(MachineClockTime() + milliseconds);
+}
 
-void WakeAt(std::uint64_t) {}
+void WakeAt(std::uint64_t time) {
+    AddWakingTime(time);
+}
+
+// A look every hundredth of a second: half a minute.
+bool MayBoxComeYet(int looks) {
+    return looks < 3000;
+}
 
 void MergeFile(const std::string& path) {
     std::ifstream file(std::filesystem::path(FromUtf8(path)), std::ios::binary);
@@ -100,7 +105,6 @@ void MergeFile(const std::string& path) {
 }
 
 void RememberRegistry() {
-    StartOfSession();
     LibraryStreams();
     RegistryBefore();
 }

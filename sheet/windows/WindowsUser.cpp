@@ -3,6 +3,8 @@
 #include <algorithm>
 
 #include "../Transcript.h"
+#include "Lending.h"
+#include "MachineClock.h"
 
 namespace sheet {
 
@@ -15,8 +17,10 @@ constexpr const WCHAR* kDialogClass = TEXT("#32770");
 constexpr int kFileNameBox = 0x47C;
 constexpr int kFileNameEdit = 0x480;
 constexpr UINT kLookEvery = 10;  // milliseconds
-// So long nothing must have happened for the library's threads to be taken for idle.
+// So long nothing must have happened for the desktop to be taken for idle.
 constexpr ULONGLONG kQuiet = 80;
+// So long a thread of the library may be busy before the user goes on in spite of it.
+constexpr ULONGLONG kBusy = 30'000;
 
 User* g_user = nullptr;
 
@@ -70,6 +74,7 @@ bool Contains(const std::vector<HWND>& windows, HWND window) {
 }  // namespace
 
 User::User(Session& session) : m_session(session) {
+    HoldMachineClock(Lender());
     WNDCLASSW windowClass = {};
     windowClass.lpfnWndProc = WindowProc;
     windowClass.hInstance = GetModuleHandleW(nullptr);
@@ -106,8 +111,7 @@ int WINAPI User::ShowMessageBox(HWND owner, LPCWSTR text, LPCWSTR caption, UINT 
 LRESULT CALLBACK User::WindowProc(HWND window, UINT message, WPARAM wParam, LPARAM lParam) {
     if (message != WM_TIMER || g_user == nullptr)
         return DefWindowProcW(window, message, wParam, lParam);
-    // A timer's message comes only when no other is waiting.
-    if (GetTickCount64() - g_user->m_lastMessage >= kQuiet) g_user->Look();
+    if (g_user->IsQuiet()) g_user->Look();
     return 0;
 }
 
@@ -126,11 +130,25 @@ LRESULT CALLBACK User::OnSent(int code, WPARAM wParam, LPARAM lParam) {
     return CallNextHookEx(nullptr, code, wParam, lParam);
 }
 
+// Called for a timer's message, which comes only when no other is waiting.
+bool User::IsQuiet() {
+    const ULONGLONG now = GetTickCount64();
+    if (now - m_lastMessage < kQuiet) return false;
+    if (!LibraryThreadsWait()) {
+        // A thread may also be busy with what the user must answer first.
+        if (m_busySince == 0) m_busySince = now;
+        return now - m_busySince >= kBusy;
+    }
+    m_busySince = 0;
+    // What the threads have posted before they waited.
+    return HIWORD(GetQueueStatus(QS_POSTMESSAGE | QS_SENDMESSAGE | QS_INPUT)) == 0;
+}
+
 void User::Look() {
     const auto isGone = [](HWND window) { return !IsWindow(window); };
     std::erase_if(m_seen, isGone);
     std::erase_if(m_fileDialogs, isGone);
-    if (!LookAtNewDialog()) m_session.OnIdle();
+    if (!LookAtNewDialog() && !m_session.OnIdle()) MoveMachineClock();
 }
 
 // True when it was one that wanted something.

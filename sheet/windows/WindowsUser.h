@@ -1,6 +1,7 @@
 #pragma once
 // The person at this computer who follows a script: waits until the sheet's thread has nothing to
-// do, then answers the message box or the file dialog that has come up, or does the next deed.
+// do, then answers the message box or the file dialog that has come up, gives the next command, or
+// lets the clock run.
 
 #include <vector>
 
@@ -35,6 +36,7 @@ class User {
     static LRESULT CALLBACK OnPosted(int code, WPARAM wParam, LPARAM lParam);
     static LRESULT CALLBACK OnSent(int code, WPARAM wParam, LPARAM lParam);
 
+    bool IsQuiet();
     void Look();
     bool LookAtNewDialog();
     void AnswerBox(PendingBox& box, HWND window);
@@ -45,6 +47,7 @@ class User {
     HHOOK m_posted = nullptr;
     HHOOK m_sent = nullptr;
     ULONGLONG m_lastMessage = 0;
+    ULONGLONG m_busySince = 0;  // 0 when the library's threads wait
     std::vector<PendingBox> m_boxes;  // innermost last
     std::vector<HWND> m_seen;         // dialogs that were looked at
     std::vector<HWND> m_fileDialogs;  // of these, the ones that ask for a file
