@@ -6,7 +6,7 @@
 set -uo pipefail
 cd "$(dirname "$0")/.." || exit 1
 . scripts/wine.sh
-on_display scripts/compare.sh "$@"
+alone scripts/compare.sh "$@"
 host=build/host-sanitized/bin/sheet
 windows=build/windows/bin
 work=$wine_work/compare
@@ -59,23 +59,26 @@ run_host() {
 }
 
 # run_windows FOLDER SCRIPT SAMPLE [OPTION...]: in drive C's own folder, where the host's names lead too.
+# The time-out ends a program that hangs; what the script sees has a clock of its own.
 run_windows() {
     local folder=$1 script=$2 sample=$3
     shift 3
-    copy_prefix "$work/prefix" "$folder/prefix" || return 1
     export WINEPREFIX=$folder/prefix
     local c=$WINEPREFIX/drive_c
+    rm -rf "$WINEPREFIX" "$folder/started"
+    copy_prefix "$work/prefix" "$WINEPREFIX" && start_prefix "$WINEPREFIX" || return $no_wine
     drive_c "$c"
     ln -s "$PWD/samples" "$c/samples"
-    import_sample "$sample" "$folder/import.reg" "$host"
+    import_sample "$sample" "$folder/import.reg" "$host" || return
     touch "$folder/start"
-    (cd "$c" && exec timeout 60 "$wine" "$root/$windows/sheet.exe" --lend "$(windows_path "$root/$windows/lend.dll")" \
-        "$@" --script "$script") >"$folder/windows" 2>"$folder/errors"
+    (cd "$c" && exec timeout 600 "$wine" "$root/$windows/sheet.exe" --started "$(windows_path "$folder")\\started" \
+        --lend "$(windows_path "$root/$windows/lend.dll")" "$@" --script "$script") >"$folder/windows" 2>"$folder/errors"
     local code=$?
+    end_prefix "$WINEPREFIX"
+    [ -e "$folder/started" ] || return $no_wine
     # Wine has something to say of its own there.
     grep '^sheet: ' "$folder/errors" >>"$folder/windows"
     echo "exit $code" >>"$folder/windows"
-    end_prefix "$WINEPREFIX"
     files "$c" "$folder/start" >>"$folder/windows"
 }
 
@@ -91,7 +94,11 @@ compare() {
         return
     fi
     run_host "$folder" "$script" "${machine[@]}"
-    run_windows "$folder" "$script" "${machine[@]}"
+    if ! once_more "$script" run_windows "$folder" "$script" "${machine[@]}" >"$folder/notes"; then
+        cp "$folder/errors" "$folder/windows"
+        echo "Wine didn't start, or took no import of ${machine[0]}" >>"$folder/windows"
+    fi
+    end_prefix "$folder/prefix"
     rm -rf "$folder/prefix"
     normalise <"$folder/host" >"$folder/host.text"
     normalise <"$folder/windows" >"$folder/windows.text"
@@ -109,8 +116,8 @@ done
 [ ${#scripts[@]} -gt 0 ] || { echo "no script to compare is named so"; exit 1; }
 rm -rf "$work"
 mkdir -p "$work"
-trap 'rm -rf "$work"/prefix "$work"/*/prefix' EXIT
-new_prefix "$work/prefix" || { echo "no Windows could be made in $work/prefix"; exit 1; }
+trap 'for prefix in "$work"/*/prefix; do end_prefix "$prefix"; done; rm -rf "$work"/prefix "$work"/*/prefix' EXIT
+once_more "an empty Windows" new_prefix "$work/prefix" || { echo "no Windows could be made in $work/prefix"; exit 1; }
 for script in "${scripts[@]}"; do
     while [ "$(jobs -pr | wc -l)" -ge 4 ]; do wait -n; done
     compare "$script" &
@@ -118,6 +125,7 @@ done
 wait
 differ=0
 for script in "${scripts[@]}"; do
+    cat "$work/$(basename "$script" .txt)/notes"
     difference=$work/$(basename "$script" .txt)/difference
     [ -e "$difference" ] && [ ! -s "$difference" ] && continue
     differ=$((differ + 1))

@@ -6,7 +6,8 @@
 set -euo pipefail
 cd "$(dirname "$0")/.."
 . scripts/wine.sh
-on_display scripts/picture.sh "$@"
+command -v xvfb-run >/dev/null || { echo "xvfb-run is missing (apt-get install xvfb xauth)"; exit 1; }
+alone xvfb-run -a -s '-screen 0 1024x900x24' scripts/picture.sh "$@"
 folder=$1
 work=$wine_work/picture
 # The font of a window's own buttons, which Wine looks for among those of its Windows.
@@ -31,6 +32,7 @@ sheet_of() {
     last_tab=$2
     shift 4
     copy_prefix "$work/base" "$work/prefix"
+    start_prefix "$work/prefix"
     export WINEPREFIX=$work/prefix
     local c="$WINEPREFIX/drive_c/Program Files/Corvanta/Documentation"
     mkdir -p "$c"
@@ -54,6 +56,11 @@ rm -rf "$work"
 mkdir -p "$work" "$folder"
 trap 'rm -rf "$work"' EXIT
 new_prefix "$work/base"
+# Windows on a display. Without a window manager nobody answers for them, and each would wait seconds
+# for it.
+WINEPREFIX=$work/base "$wine" reg delete 'HKCU\Software\Wine\Drivers' /v Graphics /f >/dev/null
+WINEPREFIX=$work/base "$wine" reg add 'HKCU\Software\Wine\X11 Driver' /v Managed /d N /f >/dev/null
+end_prefix "$work/base"
 [ -z "$marlett" ] || cp "$marlett" "$work/base/drive_c/windows/Fonts/"
 for suffix in '' -144; do
     sheet_of two-port-ethernet Performance 'Corvanta Tessaron Ethernet Adapter Properties' '' information Information performance Performance

@@ -32,8 +32,8 @@ have_packages() {
 
 host_packages=(cmake ninja-build g++ libgtest-dev libexpat1-dev libedit-dev binutils-mingw-w64-x86-64)
 windows_packages=(cmake ninja-build g++-mingw-w64-x86-64-posix binutils-mingw-w64-x86-64 libgtest-dev)
-wine_packages=(wine64 wine xvfb xauth)
-picture_packages=(imagemagick fonts-liberation fonts-wine)
+wine_packages=(wine64 wine)
+picture_packages=(xvfb xauth imagemagick fonts-liberation fonts-wine)
 fuzz_packages=(clang libclang-rt-14-dev)
 style_packages=(clang-format clang-tidy)
 

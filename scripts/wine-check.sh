@@ -4,12 +4,23 @@
 set -euo pipefail
 cd "$(dirname "$0")/.."
 . scripts/wine.sh
-on_display scripts/wine-check.sh
+alone scripts/wine-check.sh
 export WINEPREFIX=$wine_work/check
 exceptions=$(sed -n 's/^case \([^ ]*\) .*/\1/p' samples/scripts/wine-exceptions | paste -sd :)
-rm -rf "$WINEPREFIX"
 trap 'end_prefix "$WINEPREFIX"; rm -rf "$WINEPREFIX"' EXIT
-new_prefix "$WINEPREFIX"
+output=$(mktemp)
+
+# run PROGRAM ARGUMENT...: a program's first line says that it has started.
+run() {
+    local code=0
+    timeout 600 "$wine" "$@" >"$output" 2>&1 || code=$?
+    tr -d '\r' <"$output" | sed -n '/^started$/,$p' | sed 1d
+    grep -q '^started' "$output" || return $no_wine
+    return $code
+}
+
+once_more "an empty Windows" new_prefix "$WINEPREFIX"
+start_prefix "$WINEPREFIX"
 cd build/windows/bin
-timeout 120 "$wine" dll_check.exe
-timeout 120 "$wine" conformance.exe --gtest_brief=1 --gtest_filter="-$exceptions"
+once_more dll_check run dll_check.exe
+once_more conformance run conformance.exe --gtest_brief=1 --gtest_filter="-$exceptions"

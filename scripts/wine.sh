@@ -9,12 +9,22 @@ export TMPDIR=$wine_work/tmp
 mkdir -p "$TMPDIR"
 wine=$(command -v wine64 || command -v wine || echo /usr/lib/wine/wine64)
 
-# on_display SCRIPT ARGUMENT...: starts the calling script anew on a display in memory, and keeps a
-# second one of its kind waiting until it is through.
-on_display() {
-    [ -z "${IN_MEMORY-}" ] || return 0
-    command -v xvfb-run >/dev/null || { echo "xvfb-run is missing (apt-get install xvfb xauth)"; exit 1; }
-    exec env IN_MEMORY=1 flock "$wine_work" xvfb-run -a -s '-screen 0 1024x900x24' "$@"
+# alone COMMAND...: starts the calling script anew, and keeps a second one waiting until it is through.
+alone() {
+    [ -n "${IS_ALONE-}" ] || exec env IS_ALONE=1 flock -o "$wine_work" "$@"
+}
+
+# What ends with this code says that Wine didn't start, as against a program that did and failed.
+no_wine=75
+
+# once_more WHAT COMMAND...: the command, and when Wine didn't start for it, the same again.
+once_more() {
+    local what=$1 code=0
+    shift
+    "$@" || code=$?
+    [ $code = $no_wine ] || return $code
+    echo "note: $what: Wine didn't start; tried once more"
+    "$@"
 }
 
 # windows_path FILE: as a Windows program names it.
@@ -22,19 +32,29 @@ windows_path() {
     printf 'Z:%s' "$(realpath "$1")" | tr / '\\'
 }
 
-# new_prefix FOLDER: makes an empty Windows whose windows close at once, and ends its processes.
+# new_prefix FOLDER: makes an empty Windows, and ends its processes. Its windows are in memory, so
+# that no display is needed and nothing that they do waits for one.
 new_prefix() {
+    rm -rf "$1"
+    start_prefix "$1"
     WINEPREFIX=$1 "$wine" wineboot -i >/dev/null 2>&1
     # What it brings itself would stand among the values of a sample.
     WINEPREFIX=$1 "$wine" reg delete 'HKLM\System\CurrentControlSet\Services\Tcpip\Parameters' /f >/dev/null 2>&1
-    # Without a window manager nobody answers for the windows, and each would wait seconds for it.
-    WINEPREFIX=$1 "$wine" reg add 'HKCU\Software\Wine\X11 Driver' /v Managed /d N /f >/dev/null 2>&1 || return 1
+    local code=0
+    WINEPREFIX=$1 "$wine" reg add 'HKCU\Software\Wine\Drivers' /v Graphics /d null /f >/dev/null 2>&1 || code=$no_wine
     end_prefix "$1"
+    return $code
 }
 
 # copy_prefix FROM TO: the registry is copied, files that nobody changes are shared.
 copy_prefix() {
     cp -al "$1" "$2" && cp --remove-destination "$1"/*.reg "$2"/
+}
+
+# start_prefix FOLDER: its server, which then doesn't go between one program and the next.
+start_prefix() {
+    mkdir -p "$1"
+    WINEPREFIX=$1 wineserver -p300 >/dev/null 2>&1
 }
 
 # end_prefix FOLDER: ends its processes and waits until its registry is written.
@@ -56,9 +76,10 @@ wine_version() {
 }
 
 # import_sample SAMPLE SCRATCH SHEET: the machine file, with the version that it names, becomes that
-# of the prefix in WINEPREFIX. SHEET turns it into what the system's own import takes.
+# of the prefix in WINEPREFIX, which has been started. SHEET turns it into what the system's own import
+# takes.
 import_sample() {
     "$3" "$1" --script - --save "$2" </dev/null || return 1
     printf '\n[HKEY_CURRENT_USER\\Software\\Wine]\n"Version"="%s"\n' "$(wine_version "$1")" | sed 's/$/\r/' | iconv -t UTF-16LE >>"$2"
-    "$wine" regedit /S "$(windows_path "$2")"
+    "$wine" regedit /S "$(windows_path "$2")" 2>/dev/null || return $no_wine
 }

@@ -27,6 +27,7 @@ struct Options {
     std::optional<std::string> device;
     std::optional<std::string> script;  // "-" for standard input
     std::optional<std::string> lend;
+    std::optional<std::string> started;  // a file to make, so that others know that this runs
 };
 
 constexpr struct {
@@ -36,6 +37,7 @@ constexpr struct {
     {"--device", &Options::device},
     {"--script", &Options::script},
     {"--lend", &Options::lend},
+    {"--started", &Options::started},
 };
 
 Options ReadArguments() {
@@ -51,7 +53,9 @@ Options ReadArguments() {
             if (name == option.name) value = option.value;
         }
         if (value == nullptr)
-            throw Refusal{"usage: sheet [--device INSTANCE-ID] [--script FILE|-] [--lend DLL]"};
+            throw Refusal{
+                "usage: sheet [--device INSTANCE-ID] [--script FILE|-] [--lend DLL] "
+                "[--started FILE]"};
         if (++i == arguments.size()) throw Refusal{name + " needs a value"};
         options.*value = ToUtf8(arguments[i]);
     }
@@ -93,6 +97,7 @@ int Follow(const std::string& path, const std::optional<Text>& instanceId) {
 }
 
 int Run(const Options& options) {
+    if (options.started) std::ofstream(std::filesystem::path(FromUtf8(*options.started)));
     INITCOMMONCONTROLSEX controls = {sizeof(controls),
                                      ICC_STANDARD_CLASSES | ICC_LISTVIEW_CLASSES | ICC_TAB_CLASSES};
     InitCommonControlsEx(&controls);

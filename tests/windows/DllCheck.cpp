@@ -75,6 +75,8 @@ void CheckRefusals(HMODULE library) {
 }  // namespace
 
 int main() {
+    std::puts("started");
+    std::fflush(stdout);
     const HMODULE library = LoadLibraryW(TEXT("WinTsrTune_ipoib.dll"));
     Expect(library != nullptr, "the DLL loads");
     if (library != nullptr) {
