@@ -13,11 +13,18 @@ format)
     sources . | xargs clang-format --dry-run --Werror
     ;;
 tidy)
-    [ -f build/host-sanitized/compile_commands.json ] || { echo "build the host first"; exit 1; }
+    cmake --preset tidy >/dev/null
     shift
     [ $# -gt 0 ] || set -- $library sheet
-    sources "$@" | grep '\.cpp$' | grep -v '^sheet/windows/' |
-        xargs -P "$(nproc)" -n 3 clang-tidy --quiet --extra-arg=-Wno-unknown-warning-option -p build/host-sanitized 2>/dev/null
+    # A source is looked at again when it, a header or the rules have changed.
+    clean=build/tidy/clean
+    mkdir -p "$clean"
+    common=$({ sources . | grep '\.h$'; git ls-files .clang-tidy '*.cmake' '*CMakeLists.txt'; } | xargs cat | sha1sum | cut -d' ' -f1)
+    export clean common
+    sources "$@" | grep '\.cpp$' | grep -v '^sheet/windows/' | xargs -P "$(nproc)" -I {} bash -c '
+        stamp=$clean/$({ cat "$0"; echo "$0 $common"; } | sha1sum | cut -d" " -f1)
+        [ ! -e "$stamp" ] || exit 0
+        clang-tidy --quiet --extra-arg=-Wno-unknown-warning-option -p build/tidy "$0" 2>/dev/null && touch "$stamp"' {}
     ;;
 limits)
     fail=0

@@ -1,16 +1,17 @@
 #!/usr/bin/env bash
 # Shows the NUMA probe's store loop as it was compiled, by default for Windows. Fails unless the
 # loop is there and is nothing but two loads, the store and the counting.
-#   scripts/probe-loop.sh [OBJECT]
+#   scripts/probe-loop.sh [OBJECT...]
 set -euo pipefail
 cd "$(dirname "$0")/.."
-object=${1:-build/windows/tuning/CMakeFiles/tuning.dir/ClosestNuma.cpp.obj}
-[ -f "$object" ] || { echo "$object isn't built"; exit 1; }
+shopt -s globstar nullglob
+[ $# -gt 0 ] || set -- build/windows/CMakeFiles/tuning.dir/**/*.obj
+[ -f "${1-}" ] || { echo "${1:-the Windows library} isn't built"; exit 1; }
 objdump=objdump
-[[ $object == *.obj ]] && objdump=x86_64-w64-mingw32-objdump
+[[ $1 == *.obj ]] && objdump=x86_64-w64-mingw32-objdump
 
 # The loop ends with the first jump back behind the count of stores, and begins where that leads.
-loop=$("$objdump" -d --no-show-raw-insn "$object" | awk '
+loop=$("$objdump" -d --no-show-raw-insn "$@" | awk '
     /\$0x1fffff,/ { counted = 1; next }
     !counted || done { next }
     {
@@ -21,7 +22,7 @@ loop=$("$objdump" -d --no-show-raw-insn "$object" | awk '
             if (first) { for (i = first; i <= lines; i++) print text[i]; done = 1 }
         }
     }')
-[ -n "$loop" ] || { echo "no loop in $object"; exit 1; }
+[ -n "$loop" ] || { echo "no loop in $*"; exit 1; }
 printf '%s\n' "$loop"
 
 fail=0

@@ -5,14 +5,14 @@
 namespace platform {
 namespace {
 
-constexpr const char* kKind = "handle";
+constexpr const char* kHandleKind = "handle";
 
 }  // namespace
 
 HANDLE Handles::Open(std::shared_ptr<KernelObject> object, const char* call) {
     const HANDLE handle = reinterpret_cast<HANDLE>(m_next++ * 4);
     m_open.emplace(handle, std::move(object));
-    Machine::Current().ledger.Enter(kKind, handle, call);
+    Machine::Current().ledger.Enter(kHandleKind, handle, call);
     return handle;
 }
 
@@ -23,7 +23,7 @@ std::shared_ptr<KernelObject> Handles::Find(HANDLE handle) const {
 
 bool Handles::Close(HANDLE handle) {
     if (m_open.erase(handle) == 0) return false;
-    Machine::Current().ledger.Strike(kKind, handle);
+    Machine::Current().ledger.Strike(kHandleKind, handle);
     return true;
 }
 

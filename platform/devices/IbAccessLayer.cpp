@@ -17,7 +17,7 @@ using namespace platform::access_layer;
 
 namespace {
 
-constexpr const char* kKind = "access layer object";
+constexpr const char* kObjectKind = "access layer object";
 
 struct Object {
     virtual ~Object() = default;
@@ -98,7 +98,7 @@ unsigned Publish(const Call& call, std::unique_ptr<Object> object, std::vector<O
         ++base->users;
     object->standsOn = std::move(standsOn);
     *handle = object->Handle();
-    call.machine.ledger.Enter(kKind, *handle, call.Name());
+    call.machine.ledger.Enter(kObjectKind, *handle, call.Name());
     Of(call).open.emplace(*handle, std::move(object));
     return kSuccess;
 }
@@ -110,7 +110,7 @@ unsigned Release(const Call& call, void* handle) {
     if (object->users != 0) return kBusy;
     for (Object* const base : object->standsOn)
         --base->users;
-    call.machine.ledger.Strike(kKind, handle);
+    call.machine.ledger.Strike(kObjectKind, handle);
     Of(call).open.erase(handle);
     return call.Failed() ? call.Error() : unsigned{kSuccess};
 }

@@ -78,8 +78,8 @@ bool AllWait() {
     };
     const auto hasLooked = [round](const LibraryThread& thread) { return thread.round == round; };
     waits.asked.notify_all();
-    waits.answered.wait(
-        lock, [&] { return goesOn() || std::ranges::all_of(waits.threads, hasLooked); });
+    waits.answered.wait(lock,
+                        [&] { return goesOn() || std::ranges::all_of(waits.threads, hasLooked); });
     return !goesOn();
 }
 

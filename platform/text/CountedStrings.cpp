@@ -14,7 +14,7 @@
 namespace platform {
 namespace {
 
-constexpr char kind[] = "BSTR";
+constexpr char kCountedString[] = "BSTR";
 // In front of the text: four bytes that keep its place in memory even, and its length in bytes.
 constexpr std::size_t headSize = 8;
 constexpr UINT longest = 0x7FFFFFF0;  // characters
@@ -32,7 +32,7 @@ BSTR NewText(const Call& call, const OLECHAR* text, UINT length) {
     ByteLength(made) = static_cast<std::uint32_t>(bytes);
     if (text != nullptr) std::memcpy(made, text, bytes);
     made[length] = 0;
-    call.machine.ledger.Enter(kind, made, call.Name());
+    call.machine.ledger.Enter(kCountedString, made, call.Name());
     return made;
 }
 
@@ -59,7 +59,7 @@ BSTR WINAPI SysAllocStringLen(const OLECHAR* text, UINT length) {
 void WINAPI SysFreeString(BSTR text) {
     if (text == nullptr) return;
     Call call("SysFreeString");
-    if (!call.machine.ledger.Strike(platform::kind, text)) {
+    if (!call.machine.ledger.Strike(platform::kCountedString, text)) {
         std::fputs("SysFreeString: not a counted string, or freed before\n", stderr);
         std::abort();
     }

@@ -157,7 +157,7 @@ class MessageWriter {
     bool m_ended = false;
 };
 
-DWORD Refuse(DWORD error) {
+DWORD FailWith(DWORD error) {
     Call::SetLast(error);
     return 0;
 }
@@ -170,16 +170,16 @@ bool IsKnownLanguage(DWORD language) {
 // Stores the text as the flags ask, and gives its length without the terminator.
 DWORD Deliver(const Call& call, const std::u16string& text, DWORD flags, LPWSTR buffer,
               DWORD size) {
-    if (text.empty()) return Refuse(ERROR_NO_WORK_DONE);
+    if (text.empty()) return FailWith(ERROR_NO_WORK_DONE);
     const std::size_t needed = text.size() + 1;
     if ((flags & FORMAT_MESSAGE_ALLOCATE_BUFFER) != 0) {
         const std::size_t characters = std::max<std::size_t>(needed, size);
         auto* block = static_cast<LPWSTR>(NewLocalBlock(characters * sizeof(WCHAR), call.Name()));
-        if (block == nullptr) return Refuse(ERROR_NOT_ENOUGH_MEMORY);
+        if (block == nullptr) return FailWith(ERROR_NOT_ENOUGH_MEMORY);
         *reinterpret_cast<LPWSTR*>(buffer) = block;
         buffer = block;
     } else if (needed > size) {
-        return Refuse(ERROR_INSUFFICIENT_BUFFER);
+        return FailWith(ERROR_INSUFFICIENT_BUFFER);
     }
     text.copy(buffer, text.size());
     buffer[text.size()] = 0;
@@ -193,26 +193,26 @@ DWORD Deliver(const Call& call, const std::u16string& text, DWORD flags, LPWSTR 
 // are there in English.
 DWORD WINAPI FormatMessageW(DWORD flags, LPCVOID source, DWORD messageId, DWORD languageId,
                             LPWSTR buffer, DWORD size, va_list* arguments) {
-    using platform::Refuse;
+    using platform::FailWith;
     platform::Call call("FormatMessageW", nullptr, ERROR_MR_MID_NOT_FOUND);
     const bool allocates = (flags & FORMAT_MESSAGE_ALLOCATE_BUFFER) != 0;
     if (allocates && buffer != nullptr) *reinterpret_cast<LPWSTR*>(buffer) = nullptr;
     if (call.Failed()) return call.With(DWORD{0});
     const DWORD width = flags & FORMAT_MESSAGE_MAX_WIDTH_MASK;
     if (buffer == nullptr || (width != 0 && width != FORMAT_MESSAGE_MAX_WIDTH_MASK))
-        return Refuse(ERROR_INVALID_PARAMETER);
+        return FailWith(ERROR_INVALID_PARAMETER);
 
     std::u16string text;
     if ((flags & FORMAT_MESSAGE_FROM_STRING) != 0) {
-        if (source == nullptr) return Refuse(ERROR_INVALID_PARAMETER);
+        if (source == nullptr) return FailWith(ERROR_INVALID_PARAMETER);
         text = static_cast<LPCWSTR>(source);
     } else if ((flags & FORMAT_MESSAGE_FROM_SYSTEM) != 0) {
-        if (!platform::IsKnownLanguage(languageId)) return Refuse(ERROR_RESOURCE_LANG_NOT_FOUND);
+        if (!platform::IsKnownLanguage(languageId)) return FailWith(ERROR_RESOURCE_LANG_NOT_FOUND);
         const char* message = platform::SystemMessage(messageId);
-        if (message == nullptr) return Refuse(ERROR_MR_MID_NOT_FOUND);
+        if (message == nullptr) return FailWith(ERROR_MR_MID_NOT_FOUND);
         text = platform::FromUtf8(message) + u"\r\n";
     } else {
-        return Refuse(ERROR_INVALID_PARAMETER);
+        return FailWith(ERROR_INVALID_PARAMETER);
     }
 
     platform::Inserts inserts = (flags & FORMAT_MESSAGE_ARGUMENT_ARRAY) != 0
@@ -220,6 +220,6 @@ DWORD WINAPI FormatMessageW(DWORD flags, LPCVOID source, DWORD messageId, DWORD 
                                     : platform::Inserts(arguments);
     platform::MessageWriter writer(text, flags, arguments != nullptr ? &inserts : nullptr);
     const std::optional<std::u16string> message = writer.Run();
-    if (!message) return Refuse(ERROR_INVALID_PARAMETER);
+    if (!message) return FailWith(ERROR_INVALID_PARAMETER);
     return platform::Deliver(call, *message, flags, buffer, size);
 }

@@ -28,11 +28,11 @@ const std::vector<ButtonKind> kButtons[] = {
 };
 
 constexpr int kTextId = 0xFFFF;
-constexpr LONG kMargin = 11;
+constexpr LONG kBoxMargin = 11;
 constexpr LONG kTextWidth = 400;
 constexpr LONG kTextHeight = 60;
-constexpr LONG kButtonWidth = 75;
-constexpr LONG kButtonHeight = 23;
+constexpr LONG kBoxButtonWidth = 75;
+constexpr LONG kBoxButtonHeight = 23;
 constexpr UINT kDefaultButtonShift = 8;
 
 class MessageBoxWindow : public Window {
@@ -77,23 +77,24 @@ std::shared_ptr<MessageBoxWindow> MakeBox(const MessageBoxRequest& request) {
     frame.text = request.caption;
     frame.style = WS_POPUP | WS_CAPTION | WS_SYSMENU | DS_MODALFRAME;
     frame.parent = request.owner;
-    frame.rect = {0, 0, kTextWidth + 2 * kMargin, kTextHeight + kButtonHeight + 3 * kMargin};
+    frame.rect = {0, 0, kTextWidth + 2 * kBoxMargin,
+                  kTextHeight + kBoxButtonHeight + 3 * kBoxMargin};
     auto box = std::make_shared<MessageBoxWindow>();
     TheDesktop().Create(box, frame);
 
     AddControl(box->handle, u"Static", request.text.c_str(), SS_NOPREFIX, kTextId,
-               {kMargin, kMargin, kMargin + kTextWidth, kMargin + kTextHeight});
+               {kBoxMargin, kBoxMargin, kBoxMargin + kTextWidth, kBoxMargin + kTextHeight});
     const UINT defaultIndex = (request.style & MB_DEFMASK) >> kDefaultButtonShift;
-    LONG x = kMargin;
-    const LONG y = 2 * kMargin + kTextHeight;
+    LONG x = kBoxMargin;
+    const LONG y = 2 * kBoxMargin + kTextHeight;
     UINT index = 0;
     for (const ButtonKind& kind : kButtons[request.style & MB_TYPEMASK]) {
         const DWORD type = index++ == defaultIndex ? BS_DEFPUSHBUTTON : BS_PUSHBUTTON;
         AddControl(box->handle, u"Button", kind.text, type | WS_TABSTOP, kind.id,
-                   {x, y, x + kButtonWidth, y + kButtonHeight});
+                   {x, y, x + kBoxButtonWidth, y + kBoxButtonHeight});
         if (type == BS_DEFPUSHBUTTON)
             TheDesktop().SetFocus(TheDesktop().Item(box->handle, kind.id));
-        x += kButtonWidth + kMargin;
+        x += kBoxButtonWidth + kBoxMargin;
     }
     return box;
 }

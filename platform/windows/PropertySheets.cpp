@@ -13,7 +13,7 @@ namespace {
 
 constexpr DWORD kLeastHeader = offsetof(PROPSHEETHEADERW, hbmWatermark);
 
-SheetPages& Pages() {
+SheetPages& AllPages() {
     return Machine::Current().Get<SheetPages>();
 }
 
@@ -25,9 +25,9 @@ std::vector<HPROPSHEETPAGE> PagesOf(const PROPSHEETHEADERW& header) {
         if ((header.dwFlags & PSH_PROPSHEETPAGE) != 0) {
             const auto* given = reinterpret_cast<const PROPSHEETPAGEW*>(next);
             if (!SheetPage::IsDescription(given)) break;
-            pages.push_back(Pages().Add(*given));
+            pages.push_back(AllPages().Add(*given));
             next += given->dwSize;
-        } else if (Pages().Find(header.phpage[i])) {
+        } else if (AllPages().Find(header.phpage[i])) {
             pages.push_back(header.phpage[i]);
             Machine::Current().ledger.Strike(SheetPages::kind, header.phpage[i]);
         }
@@ -39,7 +39,7 @@ int StartOf(const PROPSHEETHEADERW& header, const std::vector<HPROPSHEETPAGE>& p
     if ((header.dwFlags & PSH_USEPSTARTPAGE) == 0) return static_cast<int>(header.nStartPage);
     const std::u16string title = TextOrResource(header.hInstance, header.pStartPage);
     for (std::size_t i = 0; i < pages.size(); ++i) {
-        if (Pages().Find(pages[i])->Title() == title) return static_cast<int>(i);
+        if (AllPages().Find(pages[i])->Title() == title) return static_cast<int>(i);
     }
     return 0;
 }
@@ -97,6 +97,6 @@ INT_PTR WINAPI PropertySheetW(LPCPROPSHEETHEADERW header) {
         return platform::RunSheet(call, *header, pages);
     // A sheet that can't be shown lets go of its pages all the same.
     for (const HPROPSHEETPAGE page : pages)
-        platform::Pages().Release(page);
+        platform::AllPages().Release(page);
     return call.With<INT_PTR>(-1);
 }

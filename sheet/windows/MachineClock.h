@@ -1,7 +1,7 @@
 #pragma once
-// The clock of a session on Windows. Lent with the rest (--lend), it moves only when the sheet's thread
-// and the library's threads have nothing to do, and the session says how far. Otherwise it is the
-// computer's. The sheet's thread only.
+// The clock of a session on Windows. Lent with the rest (--lend), it moves only when the sheet's
+// thread and the library's threads have nothing to do, and the session says how far. Otherwise it
+// is the computer's. The sheet's thread only.
 
 #include <cstdint>
 

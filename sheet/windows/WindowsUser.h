@@ -47,7 +47,7 @@ class User {
     HHOOK m_posted = nullptr;
     HHOOK m_sent = nullptr;
     ULONGLONG m_lastMessage = 0;
-    ULONGLONG m_busySince = 0;  // 0 when the library's threads wait
+    ULONGLONG m_busySince = 0;        // 0 when the library's threads wait
     std::vector<PendingBox> m_boxes;  // innermost last
     std::vector<HWND> m_seen;         // dialogs that were looked at
     std::vector<HWND> m_fileDialogs;  // of these, the ones that ask for a file
