@@ -10,8 +10,8 @@ namespace sheet {
 
 namespace {
 
-using Line = std::u32string;
-using Lines = std::vector<Line>;
+using DrawnLine = std::u32string;
+using DrawnLines = std::vector<DrawnLine>;
 
 constexpr std::size_t kWidth = 100;
 constexpr std::size_t kNameColumn = 2;
@@ -19,17 +19,17 @@ constexpr std::size_t kPlaceColumn = 14;
 constexpr std::size_t kGridColumn = kPlaceColumn + kWidestPlace + 2;
 constexpr std::size_t kMostInBlock = 64;  // processors of a node that stand in one row
 
-Line Points(std::string_view text) {
+DrawnLine Points(std::string_view text) {
     return CodePoints(FromUtf8(text));
 }
 
-void PutAt(Line& line, std::size_t column, const Line& piece) {
+void PutAt(DrawnLine& line, std::size_t column, const DrawnLine& piece) {
     if (line.size() < column + piece.size()) line.resize(column + piece.size(), U' ');
     std::copy(piece.begin(), piece.end(), line.begin() + static_cast<std::ptrdiff_t>(column));
 }
 
 // A line of a name that may hold anything.
-Line Heading(const Line& text) {
+DrawnLine Heading(const DrawnLine& text) {
     return Shortened(Printable(text), static_cast<int>(kWidth));
 }
 
@@ -42,7 +42,7 @@ constexpr Spacing kSpacings[] = {{3, 3}, {2, 3}, {2, 2}, {1, 2}, {1, 1}};
 
 // A node's processors, or some of them, side by side.
 struct Block {
-    Line title;
+    DrawnLine title;
     std::vector<DWORD> processors;
     std::size_t column;
 };
@@ -61,24 +61,24 @@ class Grid {
 
     const std::vector<Band>& Bands() const { return m_bands; }
     // The names of the nodes, and below them the numbers of their processors.
-    Lines Header(const Band& band) const {
-        Lines lines(1 + (IsUpright() ? m_digits : 1));
+    DrawnLines Header(const Band& band) const {
+        DrawnLines lines(1 + (IsUpright() ? m_digits : 1));
         for (const Block& block : band) {
             PutAt(lines[0], block.column, Title(block));
             if (block.processors.empty()) PutAt(lines[1], block.column, U"none");
             for (std::size_t i = 0; i < block.processors.size(); ++i)
                 PutNumber(lines, block.column + i * m_spacing.cell, block.processors[i]);
         }
-        std::erase(lines, Line());  // hundreds, where this band has none
+        std::erase(lines, DrawnLine());  // hundreds, where this band has none
         return lines;
     }
-    void PutMarks(Line& line, const Band& band, const std::vector<Mark>& marks) const {
+    void PutMarks(DrawnLine& line, const Band& band, const std::vector<Mark>& marks) const {
         static constexpr char32_t kPoints[] = U"·●■□";
         for (const Block& block : band) {
             for (std::size_t i = 0; i < block.processors.size(); ++i) {
                 const Mark mark = marks[block.processors[i]];
                 PutAt(line, block.column + i * m_spacing.cell,
-                      Line(1, kPoints[static_cast<std::size_t>(mark)]));
+                      DrawnLine(1, kPoints[static_cast<std::size_t>(mark)]));
             }
         }
     }
@@ -93,20 +93,20 @@ class Grid {
     }
 
     // The name with a line to the end of its processors.
-    Line Title(const Block& block) const {
+    DrawnLine Title(const Block& block) const {
         const std::size_t width = CellsWidth(block);
         if (width < block.title.size() + 2) return block.title;
-        return block.title + U" " + Line(width - block.title.size() - 1, U'─');
+        return block.title + U" " + DrawnLine(width - block.title.size() - 1, U'─');
     }
 
-    void PutNumber(Lines& lines, std::size_t column, DWORD processor) const {
-        const Line number = Points(std::to_string(processor));
+    void PutNumber(DrawnLines& lines, std::size_t column, DWORD processor) const {
+        const DrawnLine number = Points(std::to_string(processor));
         if (!IsUpright()) {
             PutAt(lines[1], column, number);
             return;
         }
         for (std::size_t i = 0; i < number.size(); ++i)
-            PutAt(lines[1 + m_digits - number.size() + i], column, Line(1, number[i]));
+            PutAt(lines[1 + m_digits - number.size() + i], column, DrawnLine(1, number[i]));
     }
 
     void LayOut(const NodeMap& map) {
@@ -161,13 +161,14 @@ constexpr struct {
     {U"beyond", U"beyond: no such processor"},
 };
 
-Lines Legend(const Lines& drawing) {
-    Lines legend(1);
+DrawnLines Legend(const DrawnLines& drawing) {
+    DrawnLines legend(1);
     for (const auto& entry : kLegend) {
-        if (std::none_of(drawing.begin(), drawing.end(),
-                         [&](const Line& line) { return line.find(entry.sign) != Line::npos; }))
+        if (std::none_of(drawing.begin(), drawing.end(), [&](const DrawnLine& line) {
+                return line.find(entry.sign) != DrawnLine::npos;
+            }))
             continue;
-        const Line meaning = entry.meaning;
+        const DrawnLine meaning = entry.meaning;
         if (legend.back().size() + meaning.size() + 3 > kWidth) legend.emplace_back();
         if (!legend.back().empty()) legend.back() += U"   ";
         legend.back() += meaning;
@@ -176,7 +177,7 @@ Lines Legend(const Lines& drawing) {
 }
 
 struct PortDrawing {
-    Line heading;
+    DrawnLine heading;
     Placement placement;
 };
 
@@ -192,15 +193,15 @@ std::vector<PortDrawing> ReadPorts(const CardPorts& card, const NodeMap& map) {
     return ports;
 }
 
-void Append(Lines& lines, const Lines& more) {
+void Append(DrawnLines& lines, const DrawnLines& more) {
     lines.insert(lines.end(), more.begin(), more.end());
 }
 
-void DrawPort(Lines& lines, const PortDrawing& port, const Grid& grid, const Band& band,
+void DrawPort(DrawnLines& lines, const PortDrawing& port, const Grid& grid, const Band& band,
               bool isLastBand) {
     lines.push_back(port.heading);
     for (const WorkRow& row : port.placement.rows) {
-        Line line;
+        DrawnLine line;
         PutAt(line, kNameColumn, Points(row.name));
         PutAt(line, kPlaceColumn, Points(row.place));
         grid.PutMarks(line, band, row.marks);
@@ -208,12 +209,12 @@ void DrawPort(Lines& lines, const PortDrawing& port, const Grid& grid, const Ban
     }
     if (!isLastBand) return;
     for (const std::string& note : port.placement.notes)
-        lines.push_back(Line(kPlaceColumn, U' ') + Points(note));
+        lines.push_back(DrawnLine(kPlaceColumn, U' ') + Points(note));
 }
 
-std::string ToText(const Lines& lines) {
+std::string ToText(const DrawnLines& lines) {
     std::string text;
-    for (const Line& line : lines)
+    for (const DrawnLine& line : lines)
         text += ToUtf8(line.substr(0, line.find_last_not_of(U' ') + 1)) + "\n";
     return text;
 }
@@ -225,7 +226,7 @@ std::string DrawPlacement(const Text& instanceId) {
     const CardPorts card = ReadCardPorts(instanceId);
     const std::vector<PortDrawing> ports = ReadPorts(card, map);
     const Grid grid(map);
-    Lines lines = {Points(Summary(map))};
+    DrawnLines lines = {Points(Summary(map))};
     for (const Band& band : grid.Bands()) {
         lines.emplace_back();
         Append(lines, grid.Header(band));

@@ -6,8 +6,6 @@
 
 namespace {
 
-constexpr WCHAR kOperation[] = TEXT("GetProcessorsInfo");
-
 // Adds the processor to the row of its node. A node without a row, or with a full one, is passed
 // over.
 void AddProcessor(ProcessorsInfo& table, USHORT node, DWORD flat) {
@@ -67,6 +65,7 @@ bool SplitProcessorNumber(const ProcessorCounts& counts, DWORD flat, PROCESSOR_N
 }
 
 bool GetProcessorsInfo(LogStream* log, ProcessorsInfo& table) {
+    constexpr LPCWSTR operation = TEXT("GetProcessorsInfo");
     const ProcessorCounts counts = ReadProcessorCounts();
     table = {};
     table.processorCount = counts.all;
@@ -87,7 +86,7 @@ bool GetProcessorsInfo(LogStream* log, ProcessorsInfo& table) {
         }
         USHORT node = 0;
         if (!GetNumaProcessorNodeEx(&processor, &node)) {
-            LogFormatted(log, TEXT("%s: GetNumaProcessorNode() failed: %d"), kOperation,
+            LogFormatted(log, TEXT("%s: GetNumaProcessorNode() failed: %d"), operation,
                          static_cast<int>(GetLastError()));
             return false;
         }
@@ -96,6 +95,6 @@ bool GetProcessorsInfo(LogStream* log, ProcessorsInfo& table) {
     const DWORD held = table.CountInRows();
     if (held != counts.all)
         LogFormatted(log, TEXT("%s: %d of %d processors don't fit into the table and aren't used"),
-                     kOperation, static_cast<int>(counts.all - held), static_cast<int>(counts.all));
+                     operation, static_cast<int>(counts.all - held), static_cast<int>(counts.all));
     return true;
 }

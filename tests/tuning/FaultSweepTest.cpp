@@ -9,8 +9,8 @@ namespace {
 
 using Kind = Sample::Kind;
 
-constexpr char kTcp[] = "SYSTEM\\CurrentControlSet\\Services\\Tcpip\\Parameters";
-constexpr char kAfd[] = "SYSTEM\\CurrentControlSet\\Services\\AFD\\Parameters";
+constexpr char kTcpKey[] = "SYSTEM\\CurrentControlSet\\Services\\Tcpip\\Parameters";
+constexpr char kAfdKey[] = "SYSTEM\\CurrentControlSet\\Services\\AFD\\Parameters";
 constexpr char kNetwork[] =
     "SYSTEM\\CurrentControlSet\\Control\\Network\\{4D36E972-E325-11CE-BFC1-08002BE10318}";
 constexpr char kAdapters[] =
@@ -179,8 +179,8 @@ class PressFailures {
     std::vector<FailureRow> Rows() {
         DescribePage();
         DescribeRun();
-        DescribeGeneralTuning(kTcp);
-        DescribeGeneralTuning(kAfd);
+        DescribeGeneralTuning(kTcpKey);
+        DescribeGeneralTuning(kAfdKey);
         return m_rows;
     }
 
@@ -261,7 +261,7 @@ class PressFailures {
     }
 
     void DescribeGeneralTuning(const std::string& key) {
-        const bool first = key == kTcp;
+        const bool first = key == kTcpKey;
         const std::string value = first ? "SackOpts" : "FastSendDatagramThreshold";
         // The key's last line in the log of a run that succeeds.
         const std::string line = (!m_press.tcpChanges ? "No Registry Change Needed for "
@@ -274,8 +274,8 @@ class PressFailures {
                          .values = m_clean.before};
             seen.boxes->insert(seen.boxes->end(), boxes.begin(), boxes.end());
             seen.boxes->push_back(Failed("General Tuning Failed"));
-            seen.shown[kRoot + kTcp + "\\GlobalMaxTcpWindowSize"] = "-";
-            if (!first) seen.shown[kRoot + kTcp + "\\SackOpts"] = "4:\\00\\00\\00\\00";
+            seen.shown[kRoot + kTcpKey + "\\GlobalMaxTcpWindowSize"] = "-";
+            if (!first) seen.shown[kRoot + kTcpKey + "\\SackOpts"] = "4:\\00\\00\\00\\00";
             return seen;
         };
         const auto fails = [&](const Lines& boxes) {
@@ -323,7 +323,7 @@ void SweepPress(const Press& press) {
                      : sweep.sample.Ports(press.kind, press.kind);
     if (press.tcpChanges) sweep.sample.TcpToChange();
     if (press.twoNodes) sweep.sample.Processors("4", "0,0,1,1").Ticks("6000,1");
-    sweep.sample.With(kTcp, "\"GlobalMaxTcpWindowSize\"=dword:1000");
+    sweep.sample.With(kTcpKey, "\"GlobalMaxTcpWindowSize\"=dword:1000");
     for (int port = 1; port <= press.ports; ++port) {
         sweep.sample.PortValue(port, "\"UseRSSForUDP\"=\"7\"\n\"UseSendFwQueue\"=\"7\"");
         sweep.sample.PortValue(port, "\"GuidMask\"=\"231\"");
@@ -340,7 +340,7 @@ void SweepPress(const Press& press) {
     sweep.failureBoxes.push_back(
         Failed(std::string("For more information see log:\n\n") + kLog + "."));
     sweep.failureLines = {"Failed to get the best Numa, using default (0)", kSingleCore,
-                          failures.RunStart(), std::string(kTcp) + ": Registry Tuning Failed",
+                          failures.RunStart(), std::string(kTcpKey) + ": Registry Tuning Failed",
                           "GetProcessorsInfo: GetNumaProcessorNode() failed: 31"};
     // A second press finds the TCP settings as the first has left them.
     sweep.onceOnly = {kRestarts, "GeneralTuning|", "Reboot Your Machine|", "Registry "};
