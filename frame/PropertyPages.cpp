@@ -40,9 +40,9 @@ bool AddSheetPage(const PageSink& sink, const PageForm& form, std::unique_ptr<Sh
 
 bool AddInformationPage(AdapterTabs& tabs) {
     if (!InformationTabApplies(tabs.flags)) return true;
-    return AddSheetPage(
-        tabs.sink, {IDD_INFORMATION, PSP_USECALLBACK | PSP_USEICONID, kInformationProcedures},
-        NewInformationPage(tabs.identity.classKeyPath));
+    return AddSheetPage(tabs.sink,
+                        {IDD_INFORMATION, PSP_USECALLBACK | PSP_USEICONID, kInformationProcedures},
+                        NewInformationPage(tabs.identity.classKeyPath));
 }
 
 bool AddPerformancePage(AdapterTabs& tabs) {

@@ -34,8 +34,8 @@ struct PageForm {
 };
 
 // Makes a page of the object and hands it over. A null object is one that couldn't be allocated,
-// which the user is told. False when a step fails, or when the sheet refuses the page: the object is
-// gone then.
+// which the user is told. False when a step fails, or when the sheet refuses the page: the object
+// is gone then.
 bool AddSheetPage(const PageSink& sink, const PageForm& form, std::unique_ptr<SheetPage> object);
 
 // The adapter of one provider call, which the adders of its tabs share.

@@ -4,7 +4,7 @@
 #include <new>
 
 #include "../resources/resource.h"
-#include "Controls.h"
+#include "CommonControls.h"
 #include "InformationFile.h"
 #include "InformationPoll.h"
 #include "LibraryState.h"

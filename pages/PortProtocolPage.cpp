@@ -3,7 +3,7 @@
 #include <new>
 
 #include "../resources/resource.h"
-#include "Controls.h"
+#include "CommonControls.h"
 #include "Devices.h"
 #include "HelpDocument.h"
 #include "LibraryState.h"

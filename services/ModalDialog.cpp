@@ -5,9 +5,8 @@
 #include "Messages.h"
 
 INT_PTR ModalDialog::Show(WORD dialogTemplate, HWND owner) {
-    const INT_PTR result =
-        DialogBoxParamW(Library().moduleHandle, MAKEINTRESOURCEW(dialogTemplate), owner, Procedure,
-                        reinterpret_cast<LPARAM>(this));
+    const INT_PTR result = DialogBoxParamW(Library().moduleHandle, MAKEINTRESOURCEW(dialogTemplate),
+                                           owner, Procedure, reinterpret_cast<LPARAM>(this));
     m_window = nullptr;
     if (result == -1) ShowMessage(owner, IDS_DIALOG_FAILED, TEXT("Error"), MB_ICONHAND);
     return result;

@@ -62,8 +62,8 @@ LONG RegistryKey::ReadDword(LPCWSTR name, DWORD& number) const {
 
 LONG RegistryKey::ReadBytes(LPCWSTR name, void* buffer, DWORD* size) const {
     DWORD length = *size;
-    const LONG error = RegQueryValueExW(m_key.Get(), name, nullptr, nullptr,
-                                        static_cast<BYTE*>(buffer), &length);
+    const LONG error =
+        RegQueryValueExW(m_key.Get(), name, nullptr, nullptr, static_cast<BYTE*>(buffer), &length);
     if (error == ERROR_SUCCESS) *size = length;
     return error;
 }
@@ -107,9 +107,8 @@ LONG RegistryKey::SubkeyName(DWORD index, LPWSTR name, DWORD capacity) const {
 LONG RegistryKey::QuerySubkeys(DWORD& count, DWORD& longestName) const {
     DWORD subkeys = 0;
     DWORD longest = 0;
-    const LONG error =
-        RegQueryInfoKeyW(m_key.Get(), nullptr, nullptr, nullptr, &subkeys, &longest, nullptr,
-                         nullptr, nullptr, nullptr, nullptr, nullptr);
+    const LONG error = RegQueryInfoKeyW(m_key.Get(), nullptr, nullptr, nullptr, &subkeys, &longest,
+                                        nullptr, nullptr, nullptr, nullptr, nullptr, nullptr);
     if (error == ERROR_SUCCESS) {
         count = subkeys;
         longestName = longest;

@@ -73,7 +73,8 @@ HRESULT GetMuxInstallDir(LPWSTR buffer, size_t capacity, HWND owner) {
     error = key.ReadText(kInstalledPath, buffer, capacity,
                          static_cast<DWORD>(capacity * sizeof(WCHAR)));
     if (error != ERROR_SUCCESS) {
-        if (owner) ShowMessage(owner, IDS_QUERY_FAILED, TEXT("Error"), MB_ICONHAND, {kInstalledPath});
+        if (owner)
+            ShowMessage(owner, IDS_QUERY_FAILED, TEXT("Error"), MB_ICONHAND, {kInstalledPath});
         return HRESULT_FROM_WIN32(static_cast<DWORD>(error));
     }
     return StringCchCatW(buffer, capacity, TEXT("Vlan_lbfo"));

@@ -43,8 +43,7 @@ bool StoppableWorker::WaitForStop(DWORD milliseconds) const {
 
 ScopedMutexOwnership StoppableWorker::Acquire(HANDLE mutex) const {
     const HANDLE handles[] = {m_stopEvent.Get(), mutex};
-    const bool gave =
-        Gave(WaitForMultipleObjects(ARRAYSIZE(handles), handles, FALSE, INFINITE), 1);
+    const bool gave = Gave(WaitForMultipleObjects(ARRAYSIZE(handles), handles, FALSE, INFINITE), 1);
     return ScopedMutexOwnership(gave ? mutex : nullptr);
 }
 

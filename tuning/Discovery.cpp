@@ -95,8 +95,7 @@ bool ReadInstanceId(const RegistryKey& classKey, WCHAR (&instanceId)[kPathCapaci
     RegistryPath path;
     RegistryKey connection;
     if (!ReadRequired(classKey, kNetCfgInstanceId, guid, failure)) return false;
-    if (!MakeConnectionPath(path, guid) ||
-        connection.Open(path, kAdapterAccess) != ERROR_SUCCESS)
+    if (!MakeConnectionPath(path, guid) || connection.Open(path, kAdapterAccess) != ERROR_SUCCESS)
         return Fail(failure, TEXT("%s: Error opening key of connection: %s\n"), kOperation, guid);
     return ReadRequired(connection, kPnpInstanceId, instanceId, failure);
 }
@@ -123,8 +122,8 @@ bool FindSibling(const TuningAdapter& first, TuningAdapter& second, bool& found,
                  DiscoveryFailure& failure) {
     DEVINST node = 0;
     // The interface takes the id as a text that it may change, and doesn't.
-    if (CM_Locate_DevNode_ExW(&node, const_cast<LPWSTR>(first.instanceId),
-                              CM_LOCATE_DEVNODE_NORMAL, nullptr) != CR_SUCCESS)
+    if (CM_Locate_DevNode_ExW(&node, const_cast<LPWSTR>(first.instanceId), CM_LOCATE_DEVNODE_NORMAL,
+                              nullptr) != CR_SUCCESS)
         return Fail(failure, TEXT("%s: CM_Locate_DevNode_Ex failed for DeviceInstanceID %s\n"),
                     kOperation, first.instanceId);
     DEVINST sibling = 0;
@@ -152,8 +151,8 @@ bool OpenSecondKey(TuningAdapter& second, DiscoveryFailure& failure) {
     LogStream log = OpenTuningLog(path, ARRAYSIZE(path));
     if (!log) return Fail(failure, TEXT("%s: Error opening the log: %s\n"), kOperation, path);
     WCHAR guid[kPathCapacity];
-    LONG error = FindAdapterGuidByNetKey(&log, kPnpInstanceId, second.instanceId, guid,
-                                         ARRAYSIZE(guid));
+    LONG error =
+        FindAdapterGuidByNetKey(&log, kPnpInstanceId, second.instanceId, guid, ARRAYSIZE(guid));
     if (error != ERROR_SUCCESS)
         return Fail(failure,
                     TEXT("%s: FindAdapterGuidByNetKey failed for PnpInstanceID = %s: %x\n"),

@@ -145,7 +145,8 @@ bool SetRegistryKeys(LogStream* log, std::span<const RegistrySetting> table, con
     return false;
 }
 
-bool RevertRegistryKeys(LogStream* log, std::span<const SavedSetting> saved, const RegistryKey& key) {
+bool RevertRegistryKeys(LogStream* log, std::span<const SavedSetting> saved,
+                        const RegistryKey& key) {
     for (const SavedSetting& row : saved) {
         if (!*row.name) continue;
         if (key.WriteBytes(row.name, row.type, &row.value, row.type) != ERROR_SUCCESS) return false;

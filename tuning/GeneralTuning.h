@@ -31,7 +31,8 @@ bool RunGeneralTuning(AdapterContext& context, HWND page);
 bool SetRegistryKeys(LogStream* log, std::span<const RegistrySetting> table, const RegistryKey& key,
                      AdapterContext& context, HWND page, LPCWSTR path);
 // Writes the saved values back; one that didn't exist stays. False at the first that can't be.
-bool RevertRegistryKeys(LogStream* log, std::span<const SavedSetting> saved, const RegistryKey& key);
+bool RevertRegistryKeys(LogStream* log, std::span<const SavedSetting> saved,
+                        const RegistryKey& key);
 // Deletes the values and logs each that was there.
 void DeleteRegistryKeys(const RegistryKey& key, std::span<const RegistrySetting> table,
                         LogStream* log, LPCWSTR path);

@@ -5,7 +5,7 @@
 
 #include "../resources/resource.h"
 #include "AdapterContext.h"
-#include "Controls.h"
+#include "CommonControls.h"
 #include "Devices.h"
 #include "Discovery.h"
 #include "GeneralTuning.h"
@@ -207,6 +207,6 @@ void PerformancePage::ApplyChanges() const {
 std::unique_ptr<SheetPage> NewPerformancePage(
     const AdapterIdentity& identity,
     ScopedLocal<SP_DEVICE_INTERFACE_DETAIL_DATA_W> interfaceDetail) {
-    return std::unique_ptr<SheetPage>(
-        new (std::nothrow) PerformancePage(identity, std::move(interfaceDetail)));
+    return std::unique_ptr<SheetPage>(new (std::nothrow)
+                                          PerformancePage(identity, std::move(interfaceDetail)));
 }

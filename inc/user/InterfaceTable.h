@@ -20,7 +20,8 @@ enum class AddressFamily : ULONG { Any = 0, Ipv4 = 2 };
 
 class InterfaceTable {
   public:
-    // Reads the table anew. On failure it is empty, and the result says what the user is due to hear.
+    // Reads the table anew. On failure it is empty, and the result says what the user is due to
+    // hear.
     UserFailure Read(AddressFamily family);
     // The adapter of that NetCfgInstanceId, compared exactly. False when it isn't listed.
     bool Find(LPCWSTR netCfgInstanceId, InterfaceFacts& facts) const;

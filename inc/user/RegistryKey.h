@@ -12,8 +12,8 @@
 
 #include "AutoClasses.h"
 
-// The texts of a REG_MULTI_SZ, as they are stored: up to the empty text that ends the list or, where
-// that is missing, to the end of the data. Owns its copy of the data.
+// The texts of a REG_MULTI_SZ, as they are stored: up to the empty text that ends the list or,
+// where that is missing, to the end of the data. Owns its copy of the data.
 class MultiText {
   public:
     class Iterator {
@@ -59,9 +59,9 @@ class RegistryKey {
 
     // The size of a value in bytes; also tells whether it is there.
     LONG QuerySize(LPCWSTR name, DWORD& size) const;
-    // A value of at most `limit` bytes (and kLongestText), taken as text up to its first terminator,
-    // into `buffer` of `capacity` characters. An odd last byte is the low one of a character.
-    // ERROR_MORE_DATA: longer than the limit or the buffer.
+    // A value of at most `limit` bytes (and kLongestText), taken as text up to its first
+    // terminator, into `buffer` of `capacity` characters. An odd last byte is the low one of a
+    // character. ERROR_MORE_DATA: longer than the limit or the buffer.
     LONG ReadText(LPCWSTR name, LPWSTR buffer, size_t capacity, DWORD limit) const;
     template <size_t N>
     LONG ReadText(LPCWSTR name, WCHAR (&buffer)[N], DWORD limit = N * sizeof(WCHAR)) const {
@@ -91,12 +91,12 @@ class RegistryKey {
     ScopedRegKey m_key;
 };
 
-// Walks the subkeys of a key. S_OK: there is a name. S_FALSE: no more subkeys. Otherwise the failure
-// as an HRESULT; the walk can go on with the next subkey then.
+// Walks the subkeys of a key. S_OK: there is a name. S_FALSE: no more subkeys. Otherwise the
+// failure as an HRESULT; the walk can go on with the next subkey then.
 class RegistryKeyEnumerator {
   public:
-    // Begins with the first subkey; S_FALSE also when the key doesn't exist. access: with which each
-    // subkey is opened; 0: they stay closed.
+    // Begins with the first subkey; S_FALSE also when the key doesn't exist. access: with which
+    // each subkey is opened; 0: they stay closed.
     HRESULT Start(HKEY parentKey, LPCWSTR subkeyPath, DWORD options, REGSAM access);
     HRESULT Next();
 

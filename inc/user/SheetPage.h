@@ -32,8 +32,8 @@ class SheetPage {
     // A message of WM_APP and above, which the page has posted to itself.
     virtual void OnPosted(UINT message, WPARAM wParam, LPARAM lParam);
 
-    // The sheet has released the page while the running handler had a box or a dialog up. The window
-    // is gone.
+    // The sheet has released the page while the running handler had a box or a dialog up. The
+    // window is gone.
     bool IsReleased() const { return m_isReleased; }
     // For OnNotify: what the sheet gets as the result of its notification.
     INT_PTR Answer(LONG_PTR result) const {

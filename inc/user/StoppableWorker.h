@@ -1,7 +1,7 @@
 #pragma once
 // A page's thread that is asked to stop and waited for. It reaches the page through posted messages
-// alone: it sends to no window, so nothing that the window's thread does can hold it up, and what it
-// posts may come after it has ended. Waits for a mutex end with its stop as well.
+// alone: it sends to no window, so nothing that the window's thread does can hold it up, and what
+// it posts may come after it has ended. Waits for a mutex end with its stop as well.
 
 #include <windows.h>
 
@@ -17,8 +17,8 @@ class StoppableWorker {
     StoppableWorker& operator=(const StoppableWorker&) = delete;
     ~StoppableWorker() { Stop(); }
 
-    // For the window's thread. Starts the thread unless it runs; `owner` outlives it. False when the
-    // system can't give what it takes.
+    // For the window's thread. Starts the thread unless it runs; `owner` outlives it. False when
+    // the system can't give what it takes.
     bool Start(Body body, void* owner);
     // Asks the thread to stop and waits for its end. Meanwhile the calling thread answers messages
     // that other threads send to its windows.

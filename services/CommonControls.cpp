@@ -1,4 +1,4 @@
-#include "Controls.h"
+#include "CommonControls.h"
 
 #include "AutoClasses.h"
 
