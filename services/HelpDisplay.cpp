@@ -4,18 +4,9 @@
 #include <string_view>
 
 #include "HelpDocument.h"
-#include "LibraryState.h"
 #include "Messages.h"
 
-#include <strsafe.h>
-
 namespace {
-
-constexpr COLORREF kHelpBackground = 0xD2FAFF;
-
-void PrepareHelpControl(HWND richEdit) {
-    SendMessageW(richEdit, EM_SETBKGNDCOLOR, 0, kHelpBackground);
-}
 
 // The text of the first element of that name, or null.
 ScopedBstr FindTopic(IXMLDOMDocument* document, BSTR name) {
@@ -42,28 +33,6 @@ std::unique_ptr<char[]> ToMultiByte(std::basic_string_view<WCHAR> terminated) {
 }
 
 }  // namespace
-
-void ShowHelp(HWND richEdit, LPCWSTR key, LPCWSTR suffix) {
-    PrepareHelpControl(richEdit);
-    ShowHelpTopic(Library().helpDocument.get(), richEdit, key, suffix);
-}
-
-void ShowHelpSentence(HWND richEdit, LPCWSTR sentence) {
-    PrepareHelpControl(richEdit);
-    // Rich Text Format gives these characters a meaning of their own.
-    WCHAR text[1024] = TEXT("{\\rtf1\\pard ");
-    size_t length = 0;
-    (void)StringCchLengthW(text, ARRAYSIZE(text), &length);
-    for (; *sentence != 0 && length + 3 < ARRAYSIZE(text); ++sentence) {
-        const WCHAR character = *sentence == TEXT('\n') ? TEXT(' ') : *sentence;
-        if (character == TEXT('\\') || character == TEXT('{') || character == TEXT('}'))
-            text[length++] = TEXT('\\');
-        text[length++] = character;
-    }
-    text[length++] = TEXT('}');
-    text[length] = 0;
-    SetRichEditText(richEdit, text);
-}
 
 void ShowHelpTopic(const HelpDocument* help, HWND richEdit, LPCWSTR key, LPCWSTR suffix) {
     // Names of standard keywords begin with an asterisk, which no element's name can.

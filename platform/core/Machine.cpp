@@ -3,8 +3,6 @@
 #include <cstdio>
 #include <cstdlib>
 
-#include "Modules.h"
-
 namespace platform {
 namespace {
 
@@ -56,7 +54,9 @@ void Machine::End(const std::string& reason) {
 }
 
 void Machine::Exit() {
-    Get<Modules>().TellExit();
+    // What is called on the way may make further parts.
+    for (std::size_t i = 0; i < m_parts.size(); ++i)
+        (*m_parts[i])->OnExit();
     m_ended = true;
 }
 

@@ -26,6 +26,8 @@ namespace platform {
 class Part {
   public:
     virtual ~Part() = default;
+    // The process ends as ExitProcess ends it.
+    virtual void OnExit() {}
 };
 
 // Thrown by RaiseException and by a deadlock: the machine stops where it is. The ledger isn't

@@ -133,7 +133,7 @@ bool Modules::Free(HMODULE handle) {
     return true;
 }
 
-void Modules::TellExit() {
+void Modules::OnExit() {
     static char exits;  // what the pointer points to means nothing
     for (auto module = m_state->loaded.rbegin(); module != m_state->loaded.rend(); ++module)
         CallEntry((*module)->image, State::HandleOf(**module), DLL_PROCESS_DETACH, &exits);

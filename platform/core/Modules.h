@@ -38,7 +38,7 @@ class Modules : public Part {
     FARPROC Procedure(HMODULE module, const char* name) const;
     // The process exits: each loaded module, the one loaded last first, gets DLL_PROCESS_DETACH
     // with a reserved parameter that isn't null. FreeLibrary passes null.
-    void TellExit();
+    void OnExit() override;
 
   private:
     struct State;
