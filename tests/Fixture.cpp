@@ -7,34 +7,21 @@
 #include "Drive.h"
 #include "Facts.h"
 #include "LibraryImage.h"
-#include "MachineFile.h"
 #include "Modules.h"
 #include "Registry.h"
 #include "Text.h"
 #include "frame/DeviceRequest.h"
+#include "platform/FactsMachine.h"
 
 namespace {
 
 using Provider = BOOL(WINAPI*)(PSP_PROPSHEETPAGE_REQUEST, LPFNADDPROPSHEETPAGE, LPARAM);
 
-struct Adder {
-    std::vector<HPROPSHEETPAGE>* pages;
-    bool refuse;
-};
-
-BOOL CALLBACK AddPage(HPROPSHEETPAGE page, LPARAM parameter) {
+// Adds the page to a list; null: refuses it.
+BOOL CALLBACK AddPage(HPROPSHEETPAGE page, LPARAM list) {
     const platform::QuietScope quiet;
-    Adder& adder = *reinterpret_cast<Adder*>(parameter);
-    if (adder.refuse) return FALSE;
-    adder.pages->push_back(page);
-    return TRUE;
-}
-
-constexpr char kLog[] = "C:\\Windows\\System32\\LogFiles\\PerformanceTuning.log";
-
-// The button that a box without an answer gets: the first one.
-int DefaultButton(UINT style) {
-    return (style & 0xF) == MB_YESNO || (style & 0xF) == MB_YESNOCANCEL ? IDYES : IDOK;
+    if (list != 0) reinterpret_cast<std::vector<HPROPSHEETPAGE>*>(list)->push_back(page);
+    return list != 0;
 }
 
 }  // namespace
@@ -46,10 +33,10 @@ std::u16string Wide(const std::string& utf8) {
 int ScriptedUser::OnMessageBox(const platform::MessageBoxRequest& box) {
     m_boxes.push_back({box.caption, box.text, box.style});
     if (m_answers.empty()) {
-        if (agrees) return DefaultButton(box.style);
-        ADD_FAILURE() << "unexpected box: " << platform::ToUtf8(box.caption) << ": "
-                      << platform::ToUtf8(box.text);
-        return DefaultButton(box.style);
+        EXPECT_TRUE(agrees) << "unexpected box: " << platform::ToUtf8(box.caption) << ": "
+                            << platform::ToUtf8(box.text);
+        const UINT buttons = box.style & 0xF;
+        return buttons == MB_YESNO || buttons == MB_YESNOCANCEL ? IDYES : IDOK;
     }
     const int answer = m_answers.front();
     m_answers.pop_front();
@@ -78,9 +65,7 @@ bool ScriptedUser::OnIdle() {
 
 TestMachine::TestMachine(const Sample& theSample, std::uint64_t seed, const char* help)
     : machine(seed), sample(theSample) {
-    machine.onLeak = [](const platform::Ledger::Entry& entry) {
-        ADD_FAILURE() << "leak: " << entry.kind << " of " << entry.call;
-    };
+    FailOnLeaks(machine);
     machine.user = &user;
     const platform::QuietScope quiet;
     if (const auto error = platform::LoadMachineFile(machine, sample.Text()))
@@ -121,13 +106,13 @@ TestMachine::ProviderResult TestMachine::CallProvider(const std::string& instanc
     const HMODULE library = Attach();
     const platform::QuietScope quiet;
     ProviderResult result{};
-    Adder adder{&result.pages, refuse};
     DeviceRequest device(Wide(instanceId));
     const auto provider =
         reinterpret_cast<Provider>(reinterpret_cast<void (*)()>(GetProcAddress(library, name)));
     {
         const platform::CallbackScope counting;
-        result.result = provider(&device.request, AddPage, reinterpret_cast<LPARAM>(&adder));
+        result.result = provider(&device.request, AddPage,
+                                 refuse ? 0 : reinterpret_cast<LPARAM>(&result.pages));
     }
     return result;
 }
@@ -189,20 +174,12 @@ std::optional<DWORD> TestMachine::Number(const std::string& path,
 
 std::optional<std::pair<DWORD, std::vector<BYTE>>> TestMachine::Bytes(
     const std::string& path, const std::u16string& value) const {
-    const platform::QuietScope quiet;
-    HKEY key = nullptr;
-    if (RegOpenKeyExW(HKEY_LOCAL_MACHINE, Wide(path).c_str(), 0, KEY_READ, &key) != 0) return {};
-    DWORD type = 0;
-    DWORD size = 0;
-    std::vector<BYTE> data;
-    LSTATUS status = RegQueryValueExW(key, value.c_str(), nullptr, &type, nullptr, &size);
-    data.resize(size + 1);  // not empty, which would ask for the size alone
-    if (status == 0)
-        status = RegQueryValueExW(key, value.c_str(), nullptr, nullptr, data.data(), &size);
-    data.resize(size);
-    RegCloseKey(key);
-    if (status != 0) return {};
-    return std::pair(type, data);
+    const platform::RegistryTree& tree =
+        const_cast<platform::Machine&>(machine).Get<platform::Registry>().Tree();
+    const auto key = tree.Find(platform::RegistryRoot::LocalMachine, Wide(path));
+    const platform::RegistryValue* found = key ? key->FindValue(value) : nullptr;
+    if (!found) return {};
+    return std::pair(found->Type(), std::vector(found->Data().begin(), found->Data().end()));
 }
 
 std::u16string TestMachine::PortText(int port, const std::u16string& value) const {
@@ -220,7 +197,7 @@ DWORD TestMachine::Reboots() const {
 std::string TestMachine::LogBytes() const {
     return const_cast<platform::Machine&>(machine)
         .Get<platform::Drive>()
-        .ReadWholeFile(Wide(kLog))
+        .ReadWholeFile(u"C:\\Windows\\System32\\LogFiles\\PerformanceTuning.log")
         .value_or("");
 }
 

@@ -6,8 +6,6 @@ namespace {
 
 const char kHklm[] = "HKEY_LOCAL_MACHINE\\";
 const char kNetClass[] = "{4D36E972-E325-11CE-BFC1-08002BE10318}";
-const char kTcp[] = "SYSTEM\\CurrentControlSet\\Services\\Tcpip\\Parameters";
-const char kAfd[] = "SYSTEM\\CurrentControlSet\\Services\\AFD\\Parameters";
 const char kStandIn[] = "SOFTWARE\\StandIn";
 
 // What every machine has, unless the sample says otherwise.
@@ -62,10 +60,7 @@ std::string PortGuid(const std::string& mac, Sample::Kind kind) {
         if (c != '-') digits += static_cast<char>(std::tolower(static_cast<unsigned char>(c)));
     }
     if (kind == Sample::Kind::Ipoib) return "0002c90200" + digits.substr(6);
-    const int first = std::stoi(digits.substr(0, 2), nullptr, 16) ^ 2;
-    const char* hex = "0123456789abcdef";
-    digits[0] = hex[first >> 4];
-    digits[1] = hex[first & 15];
+    digits[1] = "23016745ab89efcd"[std::stoi(digits.substr(1, 1), nullptr, 16)];
     return digits.substr(0, 6) + "fffe" + digits.substr(6);
 }
 
@@ -110,7 +105,9 @@ Sample& Sample::NoCard() {
 }
 
 Sample& Sample::TcpToChange() {
-    return With(kTcp, "\"SackOpts\"=-").With(kAfd, "\"FastSendDatagramThreshold\"=dword:400");
+    const std::string services = "SYSTEM\\CurrentControlSet\\Services\\";
+    return With(services + "Tcpip\\Parameters", "\"SackOpts\"=-")
+        .With(services + "AFD\\Parameters", "\"FastSendDatagramThreshold\"=dword:400");
 }
 
 Sample& Sample::With(const std::string& path, const std::string& line) {

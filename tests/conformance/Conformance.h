@@ -27,58 +27,36 @@ std::unique_ptr<Surroundings> MakeSurroundings();
 
 class Conformance : public testing::Test {
   protected:
-    Conformance();
-    ~Conformance() override;
-
-    // A file of that name with these bytes, deleted with the case; gives its path.
-    Text Put(const WCHAR* name, const std::string& bytes);
-
     const std::unique_ptr<Surroundings> here = MakeSurroundings();
-    HKEY scratch = nullptr;  // HKEY_CURRENT_USER\Software\Conformance, empty; deleted with the case
-    static constexpr const WCHAR* kScratch = TEXT("Software\\Conformance");
-};
-
-// The error of a call that failed; 0 of one that gave TRUE or a handle.
-template <class Result>
-DWORD ErrorOf(Result result) {
-    return result ? 0 : GetLastError();
-}
-
-// A thread at work. The owner waits for its end.
-class Worker {
-  public:
-    explicit Worker(std::function<void()> work);
-    ~Worker();
-    Worker(const Worker&) = delete;
-    Worker& operator=(const Worker&) = delete;
-
-  private:
-    static DWORD WINAPI Body(LPVOID work);
-    const std::function<void()> m_work;
-    const HANDLE m_thread;
 };
 
 // A dialog of Conformance.rc, which asks `on` about each message.
 class DialogCase : public Conformance {
   protected:
-    using Handler = std::function<INT_PTR(HWND, UINT, WPARAM, LPARAM)>;
-    DialogCase();
-    ~DialogCase() override;
+    DialogCase() { s_case = this; }
+    ~DialogCase() override {
+        on = nullptr;
+        for (const HWND window : m_windows)
+            DestroyWindow(window);
+        s_case = nullptr;
+    }
 
     // Makes a dialog; it is destroyed with the case.
-    HWND Open(int id, HWND owner = nullptr);
-    HWND Item(int id) const { return GetDlgItem(dialog, id); }
-    LRESULT Send(int id, UINT message, WPARAM wParam = 0, LPARAM lParam = 0) const;
-    LRESULT Send(int id, UINT message, WPARAM wParam, const void* pointer) const {
-        return Send(id, message, wParam, reinterpret_cast<LPARAM>(pointer));
+    HWND Open(int id) {
+        dialog = CreateDialogParamW(here->module, MAKEINTRESOURCEW(id), nullptr, &Procedure, 0);
+        if (dialog != nullptr) m_windows.push_back(dialog);
+        return dialog;
     }
-    static Text TextOf(HWND window);
-    static INT_PTR CALLBACK Procedure(HWND window, UINT message, WPARAM wParam, LPARAM lParam);
+    HWND Item(int id) const { return GetDlgItem(dialog, id); }
 
-    HWND dialog = nullptr;  // the last one
-    Handler on;             // may be empty
+    HWND dialog = nullptr;                                  // the last one
+    std::function<INT_PTR(HWND, UINT, WPARAM, LPARAM)> on;  // may be empty
 
   private:
+    static INT_PTR CALLBACK Procedure(HWND window, UINT message, WPARAM wParam, LPARAM lParam) {
+        return s_case->on ? s_case->on(window, message, wParam, lParam) : FALSE;
+    }
+
     static inline DialogCase* s_case = nullptr;
     std::vector<HWND> m_windows;
 };

@@ -1,8 +1,6 @@
 #pragma once
 // Ids of the dialogs of Conformance.rc and of their controls.
 
-#define IDD_EMPTY 100
-#define IDD_RADIOS 101
 #define IDD_BUTTONS 102
 #define IDD_RICH 104
 #define IDD_PAGE 105
@@ -12,5 +10,4 @@
 #define IDC_LAST_RADIO 16
 #define IDC_PUSH 21
 #define IDC_AUTO_CHECK 23
-#define IDC_AUTO_RADIO 25
 #define IDC_RICH 44

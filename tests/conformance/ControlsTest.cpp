@@ -23,13 +23,13 @@ TEST_F(ControlsTest, RadioButtonsUncheckTheRestOfTheirGroup) {
     };
     for (const auto& row : cases) {
         SCOPED_TRACE(row.what);
-        Open(IDD_RADIOS);
+        Open(IDD_BUTTONS);
         for (const int id : row.checkedBefore)
             CheckDlgButton(dialog, id, BST_CHECKED);
         EnableWindow(Item(row.disabled), FALSE);
         ShowWindow(Item(row.hidden), SW_HIDE);
         for (const int id : row.clicks)
-            Send(id, BM_CLICK);
+            SendMessageW(Item(id), BM_CLICK, 0, 0);
         Ids checked;
         for (int id = IDC_FIRST_RADIO; id <= IDC_LAST_RADIO; ++id) {
             if (IsDlgButtonChecked(dialog, id) == BST_CHECKED) checked.push_back(id);
@@ -46,7 +46,7 @@ TEST_F(ControlsTest, AClickTellsTheParentOnceTheCheckIsChanged) {
     } cases[] = {
         {IDC_PUSH, {0, 0, 0}},
         {IDC_AUTO_CHECK, {1, 0, 1}},
-        {IDC_AUTO_RADIO, {1, 1, 1}},
+        {IDC_FIRST_RADIO, {1, 1, 1}},
     };
     Open(IDD_BUTTONS);
     for (const auto& row : cases) {
@@ -57,13 +57,14 @@ TEST_F(ControlsTest, AClickTellsTheParentOnceTheCheckIsChanged) {
             return FALSE;
         };
         for (int i = 0; i < 3; ++i)
-            Send(row.id, BM_CLICK);
+            SendMessageW(Item(row.id), BM_CLICK, 0, 0);
         EXPECT_EQ(seen, row.checks) << row.id;
     }
 }
 
 TEST_F(ControlsTest, ADialogNeedsTheClassesOfItsControls) {
-    EXPECT_EQ(ErrorOf(Open(IDD_RICH)), DWORD{ERROR_CANNOT_FIND_WND_CLASS});
+    EXPECT_EQ(Open(IDD_RICH), nullptr);
+    EXPECT_EQ(GetLastError(), DWORD{ERROR_CANNOT_FIND_WND_CLASS});
     const HMODULE library = LoadLibraryW(TEXT("RICHED20"));
     EXPECT_NE(Open(IDD_RICH), nullptr);
     EXPECT_NE(Item(IDC_RICH), nullptr);
@@ -85,8 +86,11 @@ class RichEditTest : public DialogCase {
     // The text that a person reads when the control was given these bytes.
     Text Shown(const std::string& bytes) {
         SETTEXTEX set = {ST_DEFAULT, CP_ACP};
-        EXPECT_EQ(Send(IDC_RICH, EM_SETTEXTEX, reinterpret_cast<WPARAM>(&set), bytes.c_str()), 1);
-        return TextOf(Item(IDC_RICH));
+        EXPECT_EQ(SendMessageW(Item(IDC_RICH), EM_SETTEXTEX, reinterpret_cast<WPARAM>(&set),
+                               reinterpret_cast<LPARAM>(bytes.c_str())),
+                  1);
+        WCHAR text[256];
+        return Text(text, static_cast<std::size_t>(GetWindowTextW(Item(IDC_RICH), text, 256)));
     }
 
   private:

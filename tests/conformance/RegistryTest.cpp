@@ -12,6 +12,15 @@ using Data = std::vector<BYTE>;
 
 class RegistryTest : public Conformance {
   protected:
+    RegistryTest() {
+        RegDeleteTreeW(HKEY_CURRENT_USER, kScratch);  // of a run that was broken off
+        scratch = Make(kScratch);
+    }
+    ~RegistryTest() override {
+        for (const HKEY key : m_keys)
+            EXPECT_EQ(RegCloseKey(key), 0);
+        RegDeleteTreeW(HKEY_CURRENT_USER, kScratch);
+    }
     // A key below the scratch key, made with what is missing, closed with the fixture.
     HKEY Make(const Text& path, REGSAM access = KEY_ALL_ACCESS) {
         HKEY key = nullptr;
@@ -20,10 +29,6 @@ class RegistryTest : public Conformance {
             0);
         m_keys.push_back(key);
         return key;
-    }
-    void TearDown() override {
-        for (const HKEY key : m_keys)
-            EXPECT_EQ(RegCloseKey(key), 0);
     }
     static LSTATUS Open(HKEY from, const WCHAR* path, REGSAM access = KEY_READ) {
         HKEY key = nullptr;
@@ -38,35 +43,24 @@ class RegistryTest : public Conformance {
     static LSTATUS Query(HKEY key, const WCHAR* name) {
         return RegQueryValueExW(key, name, nullptr, nullptr, nullptr, nullptr);
     }
-    // One step of an enumeration: the name, empty when there is none.
+    // The names that an enumeration gives.
     template <class Function>
-    static Text Nth(Function enumerate, HKEY key, DWORD index) {
+    static Names All(Function enumerate, HKEY key) {
+        Names names;
         WCHAR name[256];
         DWORD length = 256;
-        const LSTATUS status =
-            enumerate(key, index, name, &length, nullptr, nullptr, nullptr, nullptr);
-        return status == 0 ? Text(name, length) : Text();
-    }
-    static Names Subkeys(HKEY key) {
-        Names names;
-        for (DWORD i = 0; !Nth(&RegEnumKeyExW, key, i).empty(); ++i)
-            names.push_back(Nth(&RegEnumKeyExW, key, i));
-        return names;
-    }
-    // The default value's name as "@".
-    static Names Values(HKEY key) {
-        DWORD count = 0;
-        RegQueryInfoKeyW(key, nullptr, nullptr, nullptr, nullptr, nullptr, nullptr, &count, nullptr,
-                         nullptr, nullptr, nullptr);
-        Names names;
-        for (DWORD i = 0; i < count; ++i) {
-            const Text name = Nth(&RegEnumValueW, key, i);
-            names.push_back(name.empty() ? TEXT("@") : name);
+        for (DWORD i = 0; enumerate(key, i, name, &length, nullptr, nullptr, nullptr, nullptr) == 0;
+             ++i) {
+            names.emplace_back(name, length);
+            length = 256;
         }
         return names;
     }
 
+    HKEY scratch = HKEY_CURRENT_USER;  // its key kScratch, which is deleted with the case
+
   private:
+    static constexpr const WCHAR* kScratch = TEXT("Software\\Conformance");
     std::vector<HKEY> m_keys;
 };
 
@@ -133,8 +127,8 @@ TEST_F(RegistryTest, SubkeysEnumerateSorted) {
     for (const WCHAR* name : {TEXT("b_"), TEXT("ba"), TEXT("B0"), TEXT("\u00C9x"), TEXT("Z"),
                               TEXT("\u00E9"), TEXT("a")})
         Make(name);
-    EXPECT_EQ(Subkeys(scratch), (Names{TEXT("a"), TEXT("B0"), TEXT("ba"), TEXT("b_"), TEXT("Z"),
-                                       TEXT("\u00E9"), TEXT("\u00C9x")}));
+    EXPECT_EQ(All(&RegEnumKeyExW, scratch), (Names{TEXT("a"), TEXT("B0"), TEXT("ba"), TEXT("b_"),
+                                                   TEXT("Z"), TEXT("\u00E9"), TEXT("\u00C9x")}));
     WCHAR name[3];
     DWORD length = 2;
     EXPECT_EQ(RegEnumKeyExW(scratch, 1, name, &length, nullptr, nullptr, nullptr, nullptr),
@@ -145,11 +139,24 @@ TEST_F(RegistryTest, SubkeysEnumerateSorted) {
 TEST_F(RegistryTest, ValuesEnumerateAsTheyWereSet) {
     for (const WCHAR* name : {TEXT("z"), TEXT("a"), TEXT("m"), TEXT("A"), TEXT("")})
         ASSERT_EQ(Set(scratch, name), 0);
-    EXPECT_EQ(Values(scratch), (Names{TEXT("z"), TEXT("a"), TEXT("m"), TEXT("@")}))
+    EXPECT_EQ(All(&RegEnumValueW, scratch), (Names{TEXT("z"), TEXT("a"), TEXT("m"), TEXT("")}))
         << "the name keeps its case";
     EXPECT_EQ(RegDeleteValueW(scratch, TEXT("Z")), 0);
     EXPECT_EQ(RegDeleteValueW(scratch, TEXT("Z")), ERROR_FILE_NOT_FOUND);
-    EXPECT_EQ(Values(scratch), (Names{TEXT("a"), TEXT("m"), TEXT("@")}));
+    EXPECT_EQ(All(&RegEnumValueW, scratch), (Names{TEXT("a"), TEXT("m"), TEXT("")}));
+}
+
+TEST_F(RegistryTest, EachOfManyValuesIsFound) {
+    for (int times = 0; times < 2; ++times) {
+        for (std::size_t length = 1; length <= 100; ++length)
+            EXPECT_EQ(Set(scratch, Text(length, TEXT('v')).c_str()), 0);
+    }
+    EXPECT_EQ(All(&RegEnumValueW, scratch).size(), 100u);
+    for (std::size_t length = 1; length <= 100; length += 2)
+        EXPECT_EQ(RegDeleteValueW(scratch, Text(length, TEXT('V')).c_str()), 0);
+    for (std::size_t length = 1; length <= 100; ++length)
+        EXPECT_EQ(Query(scratch, Text(length, TEXT('V')).c_str()),
+                  length % 2 ? ERROR_FILE_NOT_FOUND : 0);
 }
 
 TEST_F(RegistryTest, AHandleDoesWhatItWasOpenedFor) {
@@ -170,7 +177,7 @@ TEST_F(RegistryTest, AHandleDoesWhatItWasOpenedFor) {
         EXPECT_EQ(Set(Make(TEXT("Key")), TEXT("v")), 0);
         EXPECT_EQ(Query(key, TEXT("v")), expected(row.query));
         Make(TEXT("Key\\Sub"));
-        EXPECT_EQ(Subkeys(key).empty(), !row.enumerate);
+        EXPECT_EQ(All(&RegEnumKeyExW, key).empty(), !row.enumerate);
         EXPECT_EQ(Open(key, TEXT("Sub")), 0) << "by the key's own security, not the handle's";
         EXPECT_EQ(RegDeleteValueW(key, TEXT("none")),
                   row.set ? ERROR_FILE_NOT_FOUND : ERROR_ACCESS_DENIED);

@@ -37,21 +37,17 @@ TEST_F(StrsafeTest, FillsTruncatesAndRefuses) {
     }
 }
 
-std::string Narrow(const char* format, ...) {
+template <class... Values>
+std::string Narrow(const char* format, Values... values) {
     char text[128];
-    va_list arguments;
-    va_start(arguments, format);
-    EXPECT_EQ(StringCchVPrintfA(text, ARRAYSIZE(text), format, arguments), S_OK) << format;
-    va_end(arguments);
+    EXPECT_EQ(StringCchPrintfA(text, ARRAYSIZE(text), format, values...), S_OK) << format;
     return text;
 }
 
-Text Wide(const WCHAR* format, ...) {
+template <class... Values>
+Text Wide(const WCHAR* format, Values... values) {
     WCHAR text[128];
-    va_list arguments;
-    va_start(arguments, format);
-    EXPECT_EQ(StringCchVPrintfW(text, ARRAYSIZE(text), format, arguments), S_OK);
-    va_end(arguments);
+    EXPECT_EQ(StringCchPrintfW(text, ARRAYSIZE(text), format, values...), S_OK);
     return text;
 }
 

@@ -6,6 +6,25 @@ namespace {
 
 class WaitingTest : public DialogCase {};
 
+// A thread at work. The owner waits for its end.
+class Worker {
+  public:
+    explicit Worker(std::function<void()> work)
+        : m_work(std::move(work)), m_thread(CreateThread(nullptr, 0, &Body, &m_work, 0, nullptr)) {}
+    ~Worker() {
+        EXPECT_EQ(WaitForSingleObject(m_thread, INFINITE), WAIT_OBJECT_0);
+        CloseHandle(m_thread);
+    }
+
+  private:
+    static DWORD WINAPI Body(LPVOID work) {
+        (*static_cast<std::function<void()>*>(work))();
+        return 0;
+    }
+    std::function<void()> m_work;
+    const HANDLE m_thread;
+};
+
 TEST_F(WaitingTest, WhichHandleEndsTheWait) {
     const struct {
         std::vector<int> set;  // the events that are set, of three; the last one resets itself
@@ -57,7 +76,7 @@ TEST_F(WaitingTest, AMutexIsItsOwnersUntilTheLastRelease) {
 
 // As a page waits for its worker: it goes on answering what the worker sends.
 TEST_F(WaitingTest, ASentMessageRunsInTheThreadOfItsWindow) {
-    Open(IDD_EMPTY);
+    Open(IDD_BUTTONS);
     int inside = 0;  // the procedure is never entered while the wait is left
     on = [&](HWND window, UINT message, WPARAM wParam, LPARAM) -> INT_PTR {
         if (message != WM_APP) return FALSE;
@@ -87,7 +106,7 @@ TEST_F(WaitingTest, ASentMessageRunsInTheThreadOfItsWindow) {
 }
 
 TEST_F(WaitingTest, APostedMessageDoesNotEndTheWaitForASentOne) {
-    Open(IDD_EMPTY);
+    Open(IDD_BUTTONS);
     PostMessageW(dialog, WM_APP, 0, 0);
     EXPECT_EQ(MsgWaitForMultipleObjectsEx(0, nullptr, 20, QS_SENDMESSAGE, MWMO_INPUTAVAILABLE),
               WAIT_TIMEOUT);

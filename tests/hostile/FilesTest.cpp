@@ -1,8 +1,5 @@
 // Machine files and help files that are damaged, or never were one.
 
-#include <fstream>
-#include <sstream>
-
 #include "TestWindow.h"
 #include "AllTabs.h"
 #include "Drive.h"
@@ -12,6 +9,8 @@
 #include "MachineFileCheck.h"
 #include "Seeds.h"
 #include "XmlTree.h"
+#include "platform/FactsMachine.h"
+#include "sheet/Program.h"
 
 namespace {
 
@@ -59,22 +58,9 @@ constexpr std::string_view kHelpTokens[] = {
     "\\v ",
     "\xED\xA0\x80"};
 
-std::string FileText(const std::string& path) {
-    std::ifstream file(SOURCE_DIR "/" + path, std::ios::binary);
-    std::ostringstream text;
-    text << file.rdbuf();
-    return text.str();
-}
-
 // In UTF-16 with a mark, one file in three; else as it is.
-std::string InSomeEncoding(Hostile& hostile, std::string text) {
-    if (hostile.Below(3) != 0) return text;
-    std::u16string wide = u'\uFEFF' + platform::FromUtf8(text);
-    if (hostile.Below(2)) {
-        for (char16_t& unit : wide)
-            unit = static_cast<char16_t>(unit << 8 | unit >> 8);
-    }
-    return {reinterpret_cast<const char*>(wide.data()), wide.size() * sizeof(char16_t)};
+std::string InSomeEncoding(Hostile& hostile, const std::string& text) {
+    return hostile.Below(3) != 0 ? text : ToUtf16(text, hostile.Below(2) != 0);
 }
 
 // A file of its kind gone wrong: damaged, damaged in its other encoding, or noise.
@@ -90,7 +76,7 @@ TEST(HostileFiles, AMachineFileIsReadWholeOrNotAtAll) {
     const std::string base = MachineOf(0).Text();
     std::vector<std::string> samples = {base};
     for (const char* name : {"plain-export", "two-port-ethernet", "unicode-name"})
-        samples.push_back(FileText(std::string("samples/") + name + ".reg"));
+        samples.push_back(FileText(SOURCE_DIR "/samples/" + std::string(name) + ".reg"));
     for (const std::uint64_t seed : Seeds(400)) {
         SCOPED_TRACE("TEST_SEED=" + std::to_string(seed));
         Hostile hostile(seed);
@@ -127,7 +113,7 @@ TEST(HostileFiles, AMergeIntoAnOpenSheetIsWholeOrNothing) {
 }
 
 TEST(HostileFiles, AHelpFileIsShownOrTheControlIsEmpty) {
-    const std::string shipped = FileText("resources/help.xml");
+    const std::string shipped = FileText(SOURCE_DIR "/resources/help.xml");
     for (const std::uint64_t seed : Seeds(150)) {
         SCOPED_TRACE("TEST_SEED=" + std::to_string(seed));
         Hostile hostile(seed);

@@ -9,11 +9,7 @@
 
 namespace {
 
-using platform::Registry;
-using platform::RegistryKey;
-using platform::RegistryRoot;
-using platform::RegistryTree;
-using platform::RegistryValue;
+using namespace platform;
 
 // A value below HKEY_LOCAL_MACHINE, there or not.
 using Place = std::pair<std::u16string, std::u16string>;
@@ -49,19 +45,19 @@ Places PlacesRead(std::size_t machine) {
 std::string Spoil(TestMachine& test, Hostile& hostile, const Place& place) {
     RegistryTree& tree = test.machine.Get<Registry>().Tree();
     const auto key = tree.Find(RegistryRoot::LocalMachine, place.first);
-    std::string done = platform::ToUtf8(place.first) + ": ";
+    std::string done = ToUtf8(place.first) + ": ";
     if (!key) return done + "no such key";
     const RegistryValue* old = key->FindValue(place.second);
     if (old && hostile.Below(8) == 0) {
         tree.DeleteValue(*key, place.second);
-        return done + "-" + platform::ToUtf8(place.second);
+        return done + "-" + ToUtf8(place.second);
     }
     const std::vector<BYTE> data = hostile.Data(old ? old->Data() : std::span<const BYTE>());
     const DWORD type = old && hostile.Below(2) ? old->Type()
                        : hostile.Below(2)      ? DWORD{REG_SZ}
                                                : hostile.Type();
     tree.SetValue(*key, place.second, type, data);
-    return done + platform::FormatValue(place.second, type, data).substr(0, 300);
+    return done + FormatValue(place.second, type, data).substr(0, 300);
 }
 
 class HostileData : public testing::TestWithParam<std::size_t> {};

@@ -6,20 +6,14 @@
 
 #include <string>
 
-#include "Call.h"
 #include "Machine.h"
 #include "MachineFile.h"
+#include "Text.h"
 
 inline void FailOnLeaks(platform::Machine& machine) {
     machine.onLeak = [](const platform::Ledger::Entry& entry) {
         ADD_FAILURE() << "leak: " << entry.kind << " of " << entry.call;
     };
-}
-
-// The error of a call that failed; 0 of one that gave TRUE or a handle.
-template <class Result>
-long ErrorOf(Result result) {
-    return result ? 0L : long{platform::Call::GetLast()};
 }
 
 struct FactsMachine {
@@ -38,6 +32,14 @@ struct FactsMachine {
 
     platform::Machine machine;
 };
+
+// A file in UTF-16, with its mark, of one in UTF-8.
+inline std::string ToUtf16(std::string_view text, bool isBig) {
+    std::u16string wide = u'\uFEFF' + platform::FromUtf8(text);
+    for (char16_t& unit : wide)
+        if (isBig) unit = static_cast<char16_t>(unit << 8 | unit >> 8);
+    return {reinterpret_cast<const char*>(wide.data()), wide.size() * sizeof(char16_t)};
+}
 
 // Lines of a machine file: a key below HKEY_LOCAL_MACHINE with its values, one a line.
 inline std::string KeyLines(const std::string& path, const std::string& values = {}) {

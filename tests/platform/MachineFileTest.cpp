@@ -17,17 +17,6 @@ using namespace platform;
 const std::string kHeader = FactsMachine::kHead;
 const std::string kKey = "[HKEY_LOCAL_MACHINE\\SOFTWARE\\K]\n";
 
-std::string ToUtf16(std::u16string_view text, bool big) {
-    std::string bytes = big ? "\xFE\xFF" : "\xFF\xFE";
-    for (const char16_t unit : text) {
-        const char low = static_cast<char>(unit & 0xFF);
-        const char high = static_cast<char>(unit >> 8);
-        bytes += big ? high : low;
-        bytes += big ? low : high;
-    }
-    return bytes;
-}
-
 std::string Replace(std::string text, const std::string& from, const std::string& to) {
     for (std::size_t at = 0; (at = text.find(from, at)) != std::string::npos; at += to.size())
         text.replace(at, from.size(), to);
@@ -54,9 +43,9 @@ TEST(MachineFileTest, EveryEncodingAndLineEndReadsAlike) {
     const std::string files[] = {
         text,
         "\xEF\xBB\xBF" + crlf,
-        ToUtf16(FromUtf8(text), false),
-        ToUtf16(FromUtf8(crlf), false),
-        ToUtf16(FromUtf8(crlf), true),
+        ToUtf16(text, false),
+        ToUtf16(crlf, false),
+        ToUtf16(crlf, true),
         text.substr(0, text.size() - 1),
     };
     for (const std::string& file : files) {
@@ -123,10 +112,7 @@ TEST(MachineFileTest, ABrokenFileIsRefusedWithItsLine) {
         {value + "\"x\\y\"\n", 4, "backslash"},
         {value + "\"\xC3(\"\n", 4, "UTF-8"},
         {value + std::string("\"a\0\"\n", 5), 4, "NUL"},
-        {ToUtf16(FromUtf8(in), false) + "x", 4, "UTF-16"},
-        {in + "[" + FactsMachine::kStandIn + "]\n\"Time\"=\n", 5, "neither"},
-        {in + "[" + FactsMachine::kStandIn + "]\n\"Time\"=\"8:05\"\n", 5, "Time"},
-        {in + "[" + FactsMachine::kStandIn + "\\Clock]\n", 4, "Clock"},
+        {ToUtf16(in, false) + "x", 4, "UTF-16"},
     };
     for (const auto& row : cases) {
         SCOPED_TRACE(row.text.substr(0, 200));
@@ -152,8 +138,7 @@ TEST(MachineFileTest, SavingHasTheLayoutOfAnExport) {
     FactsMachine facts(kKey + Replace(values, "\\\n  ", ""));
     const std::string text = kHeader + "[HKEY_LOCAL_MACHINE\\SOFTWARE]\n\n" + kKey + values + "\n";
     EXPECT_EQ(Formatted(facts.machine), text);
-    EXPECT_EQ(SaveMachineFile(facts.machine),
-              ToUtf16(FromUtf8(Replace(text, "\n", "\r\n")), false));
+    EXPECT_EQ(SaveMachineFile(facts.machine), ToUtf16(Replace(text, "\n", "\r\n"), false));
 }
 
 TEST(MachineFileTest, CurrentControlSetIsTheSetThatSelectNames) {
@@ -185,9 +170,6 @@ TEST(MachineFileTest, CurrentControlSetIsTheSetThatSelectNames) {
         EXPECT_NE(saved.find(ToUtf8(kept) + "\\New]"), std::string::npos);
         EXPECT_EQ(saved.find("CurrentControlSet") != std::string::npos,
                   row.keeps == std::u16string(u"CurrentControlSet"));
-        // What was saved reads as the same machine.
-        ASSERT_FALSE(LoadMachineFile(facts.machine, SaveMachineFile(facts.machine)));
-        EXPECT_EQ(Formatted(facts.machine), saved);
     }
     FactsMachine bare(one);
     EXPECT_FALSE(MachineKeyExists(u"SYSTEM\\CurrentControlSet"));
@@ -217,20 +199,6 @@ TEST(MachineFileTest, AnImportChangesTheRunningMachine) {
     facts.Merge("[-" + FactsMachine::kStandIn + "\\Faults]\n");
     EXPECT_EQ(RegDeleteValueW(key, u"c"), 0);
     EXPECT_EQ(RegCloseKey(key), 0);
-}
-
-// Loading must not take time that grows faster than the file.
-TEST(MachineFileTest, ManyKeysAndValuesInTheWorstOrder) {
-    constexpr int count = 20000;
-    std::string text;
-    for (int i = count; i > 0; --i)
-        text += "[HKEY_LOCAL_MACHINE\\K" + std::to_string(i) + "]\n";
-    for (int i = count; i > 0; --i)
-        text += "\"v" + std::to_string(i) + "\"=dword:1\n";
-    FactsMachine facts(text);
-    const auto root = facts.machine.Get<Registry>().Tree().Root(RegistryRoot::LocalMachine);
-    EXPECT_EQ(root->Children().size(), std::size_t{count});
-    EXPECT_EQ(root->Children().begin()->second->Values().size(), std::size_t{count});
 }
 
 }  // namespace

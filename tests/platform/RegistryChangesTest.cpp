@@ -2,6 +2,7 @@
 
 #include <gtest/gtest.h>
 
+#include <regex>
 #include <string>
 
 #include "../hostile/MachineFileCheck.h"
@@ -13,33 +14,17 @@
 
 namespace {
 
-using platform::FormatChanges;
-using platform::Machine;
-using platform::Registry;
-using platform::RegistryRoot;
-using platform::RegistryTree;
+using namespace platform;
 
 const std::string kHeader = "Windows Registry Editor Version 5.00\n";
 constexpr std::u16string_view kLeftOut = u"HKEY_LOCAL_MACHINE\\SOFTWARE\\Left\\Out";
 
-std::string Changes(const RegistryTree& from, const RegistryTree& to) {
-    const auto text = FormatChanges(from, to, kLeftOut);
-    EXPECT_TRUE(text);
-    return text.value_or("");
-}
-
 // A file's text; < stands for the root, ~ for the remark on values that are set again.
 std::string File(const std::string& body) {
-    std::string text = kHeader;
-    for (const char character : body) {
-        if (character == '<')
-            text += "HKEY_LOCAL_MACHINE\\";
-        else if (character == '~')
-            text += "; Set again below, so that the values stand in their order.\n";
-        else
-            text += character;
-    }
-    return text;
+    const std::string text = std::regex_replace(body, std::regex("<"), "HKEY_LOCAL_MACHINE\\");
+    return kHeader +
+           std::regex_replace(text, std::regex("~"),
+                              "; Set again below, so that the values stand in their order.\n");
 }
 
 TEST(RegistryChanges, WhatIsWrittenForEachKindOfChange) {
@@ -71,12 +56,12 @@ TEST(RegistryChanges, WhatIsWrittenForEachKindOfChange) {
         SCOPED_TRACE(changed.what);
         EXPECT_EQ(WrongWithReading(base, File(changed.edit)), "");
         Machine machine;
-        ASSERT_FALSE(platform::LoadMachineFile(machine, base));
+        ASSERT_FALSE(LoadMachineFile(machine, base));
         const RegistryTree before = machine.Get<Registry>().Snapshot();
-        ASSERT_FALSE(platform::MergeMachineFile(machine, File(changed.edit)));
+        ASSERT_FALSE(MergeMachineFile(machine, File(changed.edit)));
         const RegistryTree& after = machine.Get<Registry>().Tree();
-        EXPECT_EQ(Changes(before, after), File(changed.changes));
-        EXPECT_EQ(Changes(after, before), File(changed.undo));
+        EXPECT_EQ(FormatChanges(before, after, kLeftOut), File(changed.changes));
+        EXPECT_EQ(FormatChanges(after, before, kLeftOut), File(changed.undo));
     }
 }
 

@@ -1,6 +1,5 @@
 // Threads, and what ends a machine.
 
-#include <functional>
 #include <string>
 #include <vector>
 
@@ -11,64 +10,36 @@
 
 namespace {
 
-using platform::Machine;
-using platform::MachineEnded;
-
-// A thread at work. The owner joins it at its end, unless the machine has ended.
-class Worker {
-  public:
-    explicit Worker(std::function<void()> work) : m_work(std::move(work)) {
-        m_thread = CreateThread(nullptr, 0, &Body, &m_work, 0, nullptr);
-    }
-    ~Worker() {
-        if (Machine::Current().Ended()) return;
-        EXPECT_EQ(WaitForSingleObject(m_thread, INFINITE), WAIT_OBJECT_0);
-        EXPECT_TRUE(CloseHandle(m_thread));
-    }
-    HANDLE Handle() const { return m_thread; }
-
-  private:
-    static DWORD WINAPI Body(LPVOID work) {
-        (*static_cast<std::function<void()>*>(work))();
-        return 0;
-    }
-    std::function<void()> m_work;
-    HANDLE m_thread;
+// Two mutexes in the order in which a thread takes them.
+struct Mutexes {
+    HANDLE first, second;
 };
 
-// How the action ends the machine.
-MachineEnded EndOf(const std::function<void()>& action) {
-    try {
-        action();
-    } catch (const MachineEnded& end) {
-        return end;
-    }
-    return {0, "the machine goes on"};
+DWORD WINAPI TakeBoth(LPVOID mutexes) {
+    const auto [first, second] = *static_cast<const Mutexes*>(mutexes);
+    WaitForSingleObject(first, INFINITE);
+    WaitForSingleObject(second, INFINITE);
+    ReleaseMutex(second);
+    ReleaseMutex(first);
+    return 0;
 }
 
-// Two threads that take two mutexes, in the same order or not; how it ends.
+// How a machine ends on which two threads take the mutexes, in the same order or not.
 std::string EndOfMutexes(std::uint64_t seed, bool sameOrder) {
-    Machine machine(seed);
+    platform::Machine machine(seed);
     const HANDLE a = CreateMutexW(nullptr, FALSE, nullptr);
     const HANDLE b = CreateMutexW(nullptr, FALSE, nullptr);
-    const auto take = [](HANDLE first, HANDLE second) {
-        return [=] {
-            WaitForSingleObject(first, INFINITE);
-            WaitForSingleObject(second, INFINITE);
-            ReleaseMutex(second);
-            ReleaseMutex(first);
-        };
-    };
-    MachineEnded end = {};
-    {
-        const Worker one(take(a, b));
-        const Worker two(sameOrder ? take(a, b) : take(b, a));
-        const HANDLE threads[] = {one.Handle(), two.Handle()};
-        end = EndOf([&] { WaitForMultipleObjects(2, threads, TRUE, INFINITE); });
+    Mutexes orders[] = {{a, b}, sameOrder ? Mutexes{a, b} : Mutexes{b, a}};
+    HANDLE threads[2];
+    for (int i = 0; i < 2; ++i)
+        threads[i] = CreateThread(nullptr, 0, &TakeBoth, &orders[i], 0, nullptr);
+    try {
+        EXPECT_EQ(WaitForMultipleObjects(2, threads, TRUE, INFINITE), WAIT_OBJECT_0);
+    } catch (const platform::MachineEnded& end) {
+        return end.reason;
     }
-    if (machine.Ended()) return end.reason;
-    CloseHandle(a);
-    CloseHandle(b);
+    for (const HANDLE handle : {a, b, threads[0], threads[1]})
+        EXPECT_TRUE(CloseHandle(handle));
     return "";
 }
 

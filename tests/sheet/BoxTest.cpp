@@ -2,19 +2,16 @@
 
 #include <gtest/gtest.h>
 
+#include <regex>
+
 #include "Program.h"
 
 namespace {
 
 // The boxes of a transcript: captions and answers.
 std::string Boxes(const Program::Result& result) {
-    std::string boxes;
-    for (const std::string& line : result.Lines()) {
-        const std::size_t caption = line.find(" | ") + 3;
-        boxes += line.substr(caption, line.find(" | ", caption) - caption) + ": " +
-                 line.substr(line.rfind(" | ") + 3) + "; ";
-    }
-    return boxes;
+    return std::regex_replace(result.out, std::regex("box \\| (.*?) \\| .* \\| (.*)\n"),
+                              "$1: $2; ");
 }
 
 TEST(Boxes, AreAnsweredWithWhatWasQueuedElseWithOkOrYes) {

@@ -64,8 +64,6 @@ TEST(Devices, OneWithoutTabsIsAResult) {
 TEST(Registry, AKeyIsPrintedAsInAMachineFile) {
     const std::string values =
         R"(@="default"
-"long"=hex:00,01,02,03,04,05,06,07,08,09,0a,0b,0c,0d,0e,0f,10,11,12,13,14,15,\
-  16,17,18,19,1a,1b,1c
 "many"=hex(7):41,00,00,00,42,00,00,00,00,00
 "number"=dword:0000002a
 "say \"it\""="C:\\a"

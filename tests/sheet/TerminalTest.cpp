@@ -3,13 +3,15 @@
 #include <gtest/gtest.h>
 
 #include <algorithm>
-#include <cstdio>
 #include <set>
 
 #include "Program.h"
 #include "Text.h"
 
 namespace {
+
+const std::string kAdapter =
+    "SYSTEM\\CurrentControlSet\\Enum\\" + Sample::InstanceId(1, Sample::Kind::Ethernet);
 
 TEST(Terminal, APersonIsAskedForWhatAScriptQueues) {
     const Program program(Sample().TcpToChange());
@@ -50,36 +52,23 @@ TEST(Terminal, AMachineWithoutTabsSaysWhichDevicesItHas) {
 }
 
 // A colour, a C1 control, DEL, and a text that is turned round.
-const char16_t kHostile[] = u"a\u001B[31m\u0085\u007F\u202Eb\u2067c\u061C\n";
+const std::string kHostile = "a\x1B[31m\u0085\x7F\u202Eb\u2067c\u061C\n";
 const char kPrintable[] = "a\\u001b[31m\\u0085\\u007f\\u202eb\\u2067c\\u061c\\n";
 
-std::string Hex(std::u16string_view text) {
-    std::string bytes;
-    char piece[8];
-    for (const char16_t unit : text) {
-        std::snprintf(piece, sizeof(piece), "%02x,%02x,", unit & 0xFFU, unit >> 8U);
-        bytes += piece;
-    }
-    return "hex(1):" + bytes + "00,00";
-}
-
 TEST(Terminal, TextOfTheMachineCannotControlIt) {
-    const std::string adapter = Sample::InstanceId(1, Sample::Kind::Ethernet);
-    const std::string raw = platform::ToUtf8(kHostile);
-    Sample sample;
-    sample.With("SYSTEM\\CurrentControlSet\\Enum\\" + adapter, "\"FriendlyName\"=" + Hex(kHostile))
-        .PortValue(1, "\"DriverVersion\"=" + Hex(kHostile))
-        .With(
-            "SYSTEM\\CurrentControlSet\\Control\\Network\\{4D36E972-E325-11CE-BFC1-08002BE10318}"
-            "\\" +
-                std::string(Sample::Guid(1)) + "\\Connection",
-            "\"Name\"=" + Hex(kHostile))
-        .With("SOFTWARE\\x\u202Ey", "\"n\x1B\"=" + Hex(kHostile));
-    const Program program(sample);
+    const std::string text = "=\"" + kHostile + "\"";
+    const Program program(Sample()
+                              .With(kAdapter, "\"FriendlyName\"" + text)
+                              .PortValue(1, "\"DriverVersion\"" + text)
+                              .With("SYSTEM\\CurrentControlSet\\Control\\Network\\"
+                                    "{4D36E972-E325-11CE-BFC1-08002BE10318}\\" +
+                                        std::string(Sample::Guid(1)) + "\\Connection",
+                                    "\"Name\"" + text)
+                              .With("SOFTWARE\\x\u202Ey", "\"n\x1B\"" + text));
     const auto result = program.Run(
         "show\ncontrols\ndevices\nplacement\nreg SOFTWARE\\x\u202Ey\n"
         "open Performance\npress 1086\npress 1090\nlog\noutput\nopen " +
-            raw,
+            kHostile,
         {"--trace", "--echo"});
     EXPECT_EQ(result.code, 2) << result.err;
     EXPECT_TRUE(Has(result.err, "there is no tab \"a\\u001b[31m")) << result.err;
@@ -99,14 +88,12 @@ TEST(Terminal, TextOfTheMachineCannotControlIt) {
 }
 
 TEST(Terminal, WideAndJoiningCharactersKeepTheColumns) {
-    const std::string adapter = Sample::InstanceId(1, Sample::Kind::Ethernet);
-    std::u16string name;
+    std::string name;
     for (int i = 0; i < 60; ++i)
-        name += u"\u6F22e\u0301";
-    const Program program(
-        Sample()
-            .With("SYSTEM\\CurrentControlSet\\Enum\\" + adapter, "\"FriendlyName\"=" + Hex(name))
-            .PortValue(1, "\"DriverDesc\"=" + Hex(name)));
+        name += "\u6F22e\u0301";
+    const Program program(Sample()
+                              .With(kAdapter, "\"FriendlyName\"=\"" + name + "\"")
+                              .PortValue(1, "\"DriverDesc\"=\"" + name + "\""));
     const auto result = program.Run("show\n");
     EXPECT_TRUE(Has(result.out, "\u6F22e\u0301")) << result.err;
     std::set<std::ptrdiff_t> widths;
