@@ -26,7 +26,9 @@ function(compile_together target size)
   endforeach()
   set_target_properties(${target} PROPERTIES UNITY_BUILD ON UNITY_BUILD_MODE GROUP)
   # A batch includes what it compiles, which this warning takes for headers.
-  target_compile_options(${target} PRIVATE -Wno-subobject-linkage)
+  if(CMAKE_CXX_COMPILER_ID STREQUAL "GNU")
+    target_compile_options(${target} PRIVATE -Wno-subobject-linkage)
+  endif()
   # strsafe.h must come last in a source, since it takes functions away that other headers name.
   target_compile_definitions(${target} PRIVATE STRSAFE_NO_DEPRECATE)
   # And winsock2.h before windows.h.

@@ -22,7 +22,6 @@ void Attach(LibraryState& library) {
 }
 
 void Detach(LibraryState& library) {
-    if (library.helpDocument) ReleaseHelpDocument(*library.helpDocument);
     library.helpDocument.reset();
     library.richEditLibrary.Reset();
 }

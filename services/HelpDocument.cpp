@@ -55,8 +55,3 @@ void LoadHelpDocument(HelpDocument& help) {
     const ScopedBstr path = FindHelpFile();
     if (path && ReadDocument(document.Get(), path)) help.document = std::move(document);
 }
-
-void ReleaseHelpDocument(HelpDocument& help) {
-    help.document.Reset();
-    help.com.Uninitialise();
-}

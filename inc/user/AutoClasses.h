@@ -192,17 +192,15 @@ class ScopedCom {
     ScopedCom() = default;
     ScopedCom(const ScopedCom&) = delete;
     ScopedCom& operator=(const ScopedCom&) = delete;
-    ~ScopedCom() { Uninitialise(); }
+    ~ScopedCom() {
+        if (m_isOwed) CoUninitialize();
+    }
 
     // Whether COM can be used: also when it was initialised before, in whatever way.
     HRESULT Initialise() {
         const HRESULT result = CoInitialize(nullptr);
         if (result == S_OK) m_isOwed = true;
         return result == RPC_E_CHANGED_MODE ? S_FALSE : result;
-    }
-    void Uninitialise() {
-        if (m_isOwed) CoUninitialize();
-        m_isOwed = false;
     }
 
   private:

@@ -7,6 +7,7 @@
 
 #include "AutoClasses.h"
 
+// Releases the document and then, if it is owed, uninitialises COM when it goes.
 struct HelpDocument {
     ScopedCom com;
     ScopedReference<IXMLDOMDocument> document;  // null when anything failed
@@ -15,8 +16,6 @@ struct HelpDocument {
 // Initialises COM and reads Documentation\help.xml below the installation directory. A failure
 // leaves `document` null and is silent.
 void LoadHelpDocument(HelpDocument& help);
-// Releases the document and, if it is owed, uninitialises COM.
-void ReleaseHelpDocument(HelpDocument& help);
 
 // Shows a topic of the library's help in a control, with the background of all help panes.
 void ShowHelp(HWND richEdit, LPCWSTR key, LPCWSTR suffix = nullptr);
