@@ -10,7 +10,7 @@
 
 namespace {
 
-// Characters of a row with what stands between and behind its texts.
+// Characters of a row: both texts, the separator and the line end.
 constexpr size_t kLineCapacity = 2 * sizeof(InformationText) / sizeof(WCHAR) + 8;
 constexpr int kBytesPerCharacter = 3;  // at most, in UTF-8
 

@@ -1,6 +1,5 @@
 #pragma once
-// What sits on the ports of a card and would lose its footing if their protocol changed. Any
-// thread.
+// VLANs and teams over the ports of a card, which a change of protocol would break. Any thread.
 
 #include <windows.h>
 #include <cfgmgr32.h>

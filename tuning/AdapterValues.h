@@ -32,7 +32,7 @@ inline constexpr WCHAR kSingleStream[] = TEXT("SingleStream");
 }  // namespace value
 
 // Logs the change (with a log) and then writes the value. A failed write is not noticed, and its
-// line stands all the same.
+// line is written all the same.
 void SetAdapterKey(LogStream* log, const TuningAdapter& adapter, LPCWSTR name, int number);
 // The same for a deletion; a value that isn't there is no failure.
 void DeleteAdapterKey(LogStream* log, const TuningAdapter& adapter, LPCWSTR name);

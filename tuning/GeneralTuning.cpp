@@ -47,7 +47,7 @@ bool OpenServiceKey(LPCWSTR path, RegistryKey& key) {
     return false;
 }
 
-// Notes what stands in the key: of a value of any type the first 32 bits. False, after a message,
+// Saves the value that the key holds: of any type, the first 32 bits. False, after a message,
 // when it is there and can't be read.
 bool SaveSetting(const RegistryKey& key, const RegistrySetting& row, SavedSetting& saved) {
     DWORD size = 0;

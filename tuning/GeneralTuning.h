@@ -15,7 +15,7 @@ struct RegistrySetting {
     DWORD value;  // target
 };
 
-// What stood there before a change.
+// A value as it was before a change.
 struct SavedSetting {
     LPCWSTR name = TEXT("");  // empty: there was no such value
     DWORD type = 0;

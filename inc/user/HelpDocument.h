@@ -25,5 +25,5 @@ void ShowHelpSentence(HWND richEdit, LPCWSTR sentence);
 // Shows the first element named `key` (less a leading '*') followed by `suffix`, which may be null.
 // `help` may be null. Without such an element the control is emptied.
 void ShowHelpTopic(const HelpDocument* help, HWND richEdit, LPCWSTR key, LPCWSTR suffix);
-// Shows what stands in `text` from its first '{' on as Rich Text Format; without one, nothing.
+// Shows `text` from its first '{' on as Rich Text Format; without one, nothing.
 void SetRichEditText(HWND richEdit, LPCWSTR text);
