@@ -66,6 +66,8 @@ TEST(RegistryKey, ReadsANumberOfAtMostFourBytes) {
         DWORD number = 7;
         EXPECT_EQ(Opened(KEY_READ).ReadDword(u"v", number), row.error);
         EXPECT_EQ(number, row.number);
+        EXPECT_EQ(Opened(KEY_WRITE).WriteDword(u"w", 0x89ABCDEF), ERROR_SUCCESS);
+        EXPECT_EQ(test.Number(kTestKey, u"w"), 0x89ABCDEFu);
     }
 }
 
