@@ -1,10 +1,12 @@
 #pragma once
-// Device installation: lists of devices, their interfaces and their state.
+// Device installation: lists of devices, their interfaces and their state; INF files and their
+// store.
 
 #include <guiddef.h>
 #include <minwindef.h>
 
 using HDEVINFO = PVOID;
+using HINF = PVOID;
 using DI_FUNCTION = UINT;
 
 #define SP_MAX_MACHINENAME_LENGTH (MAX_PATH + 3)
@@ -106,3 +108,30 @@ BOOL WINAPI SetupDiGetDeviceInterfaceDetailW(HDEVINFO list,
 BOOL WINAPI SetupDiSetClassInstallParamsW(HDEVINFO list, PSP_DEVINFO_DATA device,
                                           PSP_CLASSINSTALL_HEADER parameters, DWORD size);
 BOOL WINAPI SetupDiCallClassInstaller(DI_FUNCTION function, HDEVINFO list, PSP_DEVINFO_DATA device);
+
+// Where a line of an INF file is.
+struct INFCONTEXT {
+    PVOID Inf;
+    PVOID CurrentInf;
+    UINT Section;
+    UINT Line;
+};
+using PINFCONTEXT = INFCONTEXT*;
+
+#define INF_STYLE_WIN4 0x00000002
+#define SPOST_PATH 1
+#define SP_COPY_REPLACEONLY 0x0000002
+#define SUOI_FORCEDELETE 0x00000001
+
+#define ERROR_WRONG_INF_STYLE 0xE0000100U
+#define ERROR_LINE_NOT_FOUND 0xE0000102U
+
+HINF WINAPI SetupOpenInfFileW(PCWSTR fileName, PCWSTR infClass, DWORD style, PUINT errorLine);
+void WINAPI SetupCloseInfFile(HINF inf);
+BOOL WINAPI SetupFindFirstLineW(HINF inf, PCWSTR section, PCWSTR key, PINFCONTEXT context);
+// Field 0 is the line's key. `required` counts characters with the terminator.
+BOOL WINAPI SetupGetStringFieldW(PINFCONTEXT context, DWORD field, PWSTR buffer, DWORD capacity,
+                                 PDWORD required);
+BOOL WINAPI SetupCopyOEMInfW(PCWSTR source, PCWSTR mediaLocation, DWORD mediaType, DWORD copyStyle,
+                             PWSTR destination, DWORD capacity, PDWORD required, PWSTR* component);
+BOOL WINAPI SetupUninstallOEMInfW(PCWSTR fileName, DWORD flags, PVOID reserved);

@@ -1,0 +1,5 @@
+#include "LongWork.h"
+
+void RunLongWork(HWND, void (*work)(void* argument), void* argument) {
+    work(argument);
+}
