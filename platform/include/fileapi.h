@@ -32,3 +32,9 @@ BOOL WINAPI SetFilePointerEx(HANDLE file, LARGE_INTEGER distance, PLARGE_INTEGER
 BOOL WINAPI GetFileSizeEx(HANDLE file, PLARGE_INTEGER size);
 BOOL WINAPI CreateDirectoryW(LPCWSTR path, LPSECURITY_ATTRIBUTES attributes);
 DWORD WINAPI GetFileAttributesW(LPCWSTR path);
+BOOL WINAPI DeleteFileW(LPCWSTR path);
+
+// The last part of the pattern may hold `*` and `?`.
+HANDLE WINAPI FindFirstFileW(LPCWSTR pattern, LPWIN32_FIND_DATAW found);
+BOOL WINAPI FindNextFileW(HANDLE search, LPWIN32_FIND_DATAW found);
+BOOL WINAPI FindClose(HANDLE search);

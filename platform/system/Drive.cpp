@@ -155,6 +155,28 @@ DWORD Drive::MakeDirectory(std::u16string_view path) {
     return m_volume->MakeDirectory(names);
 }
 
+DWORD Drive::DeleteFile(std::u16string_view path) {
+    VolumePath names;
+    bool endsInSeparator = false;
+    if (const DWORD error = ParsePath(path, names, endsInSeparator)) return error;
+    if (endsInSeparator) return ERROR_INVALID_NAME;
+    OpenFile deleting;
+    deleting.mayDelete = true;
+    deleting.share = FILE_SHARE_READ | FILE_SHARE_WRITE | FILE_SHARE_DELETE;
+    if (const DWORD error = CheckSharing(Key(names), deleting)) return error;
+    return m_volume->Remove(names);
+}
+
+DWORD Drive::List(std::u16string_view directory, std::vector<Volume::Entry>& entries) {
+    VolumePath names;
+    bool endsInSeparator = false;
+    if (const DWORD error = ParsePath(directory, names, endsInSeparator)) return error;
+    (void)KeepSystemDirectories(names);
+    if (!names.empty())
+        entries = {{u".", Volume::Kind::Directory}, {u"..", Volume::Kind::Directory}};
+    return m_volume->List(names, entries);
+}
+
 DWORD Drive::CheckSharing(const std::u16string& key, const OpenFile& file) {
     auto [entry, end] = m_open.equal_range(key);
     while (entry != end) {

@@ -49,6 +49,10 @@ class Drive : public Part {
                std::shared_ptr<OpenFile>& file, bool& existed);
     DWORD MakeDirectory(std::u16string_view path);
     DWORD Look(std::u16string_view path, Volume::Kind& kind);
+    DWORD DeleteFile(std::u16string_view path);
+    // What is in a directory, sorted without regard to case; `.` and `..` come first, but not in
+    // the root.
+    DWORD List(std::u16string_view directory, std::vector<Volume::Entry>& entries);
 
   private:
     DWORD CheckSharing(const std::u16string& key, const OpenFile& file);

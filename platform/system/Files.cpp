@@ -146,6 +146,12 @@ DWORD WINAPI GetFileAttributesW(LPCWSTR path) {
     return kind == Volume::Kind::Directory ? FILE_ATTRIBUTE_DIRECTORY : FILE_ATTRIBUTE_NORMAL;
 }
 
+BOOL WINAPI DeleteFileW(LPCWSTR path) {
+    Call call("DeleteFileW", path, ERROR_ACCESS_DENIED);
+    if (call.Failed()) return call.With(FALSE);
+    return Finish(call.machine.Get<Drive>().DeleteFile(path ? path : u""));
+}
+
 BOOL WINAPI PathFileExistsW(LPCWSTR path) {
     Call call("PathFileExistsW", path, ERROR_FILE_NOT_FOUND);
     if (call.Failed()) return call.With(FALSE);

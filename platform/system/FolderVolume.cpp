@@ -2,6 +2,7 @@
 
 #include <cerrno>
 #include <cstdint>
+#include <map>
 #include <optional>
 #include <utility>
 
@@ -106,25 +107,41 @@ class FolderContent : public FileContent {
     Descriptor m_file;
 };
 
+// What is in a directory, in no order.
+class Listing {
+  public:
+    explicit Listing(int directory) {
+        const int copy = openat(directory, ".", O_RDONLY | O_DIRECTORY | O_CLOEXEC);
+        if (copy >= 0) m_stream = fdopendir(copy);
+        if (copy >= 0 && !m_stream) close(copy);
+    }
+    ~Listing() {
+        if (m_stream) closedir(m_stream);
+    }
+    Listing(const Listing&) = delete;
+    Listing& operator=(const Listing&) = delete;
+    explicit operator bool() const { return m_stream != nullptr; }
+    // Null at the end.
+    const dirent* Next() const { return readdir(m_stream); }
+
+  private:
+    DIR* m_stream = nullptr;
+};
+
 // The spelling of a name in a directory: itself where it exists, else one that differs in case
 // only (the first in order, so that it is always the same), else nothing.
 std::optional<std::string> Spelling(int directory, const std::u16string& name) {
     const std::string wanted = ToUtf8(name);
     struct stat status;
     if (fstatat(directory, wanted.c_str(), &status, AT_SYMLINK_NOFOLLOW) == 0) return wanted;
-    const int copy = openat(directory, ".", O_RDONLY | O_DIRECTORY | O_CLOEXEC);
-    DIR* const listing = copy < 0 ? nullptr : fdopendir(copy);
-    if (!listing) {
-        if (copy >= 0) close(copy);
-        return std::nullopt;
-    }
+    const Listing listing(directory);
+    if (!listing) return std::nullopt;
     std::optional<std::string> best;
-    while (const dirent* entry = readdir(listing)) {
+    while (const dirent* entry = listing.Next()) {
         const std::string_view candidate = entry->d_name;
         if (EqualNoCase(FromUtf8(candidate), name) && (!best || candidate < *best))
             best = candidate;
     }
-    closedir(listing);
     return best;
 }
 
@@ -180,6 +197,40 @@ class FolderVolume : public Volume {
         if (!S_ISREG(status.st_mode) || (status.st_mode & needed) == 0) return ERROR_ACCESS_DENIED;
         if (request.truncate && ftruncate(opened.Get(), 0) != 0) return FromErrno(errno);
         file = std::make_unique<FolderContent>(std::move(opened));
+        return ERROR_SUCCESS;
+    }
+
+    DWORD Remove(const VolumePath& path) override {
+        Kind kind{};
+        if (const DWORD error = Look(path, kind)) return error;
+        if (kind == Kind::Directory) return ERROR_ACCESS_DENIED;
+        Descriptor parent;
+        if (const DWORD error = OpenParent(path, parent)) return error;
+        const std::optional<std::string> name = Spelling(parent.Get(), path.back());
+        if (!name) return ERROR_FILE_NOT_FOUND;
+        if (!Writable(parent.Get())) return ERROR_ACCESS_DENIED;
+        return unlinkat(parent.Get(), name->c_str(), 0) == 0 ? ERROR_SUCCESS : FromErrno(errno);
+    }
+
+    DWORD List(const VolumePath& directory, std::vector<Entry>& entries) override {
+        VolumePath below = directory;
+        below.emplace_back();
+        Descriptor opened;
+        if (const DWORD error = OpenParent(below, opened)) return error;
+        const Listing listing(opened.Get());
+        if (!listing) return FromErrno(errno);
+        std::map<std::u16string, Kind, LessNoCase> sorted;
+        while (const dirent* entry = listing.Next()) {
+            struct stat status;
+            const std::u16string name = FromUtf8(entry->d_name);
+            if (name == u"." || name == u".." || ToUtf8(name) != entry->d_name ||
+                fstatat(opened.Get(), entry->d_name, &status, AT_SYMLINK_NOFOLLOW) != 0)
+                continue;
+            if (S_ISREG(status.st_mode)) sorted.try_emplace(name, Kind::File);
+            if (S_ISDIR(status.st_mode)) sorted.try_emplace(name, Kind::Directory);
+        }
+        for (const auto& [name, kind] : sorted)
+            entries.push_back({name, kind});
         return ERROR_SUCCESS;
     }
 

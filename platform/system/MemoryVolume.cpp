@@ -85,6 +85,24 @@ class MemoryVolume : public Volume {
         return ERROR_SUCCESS;
     }
 
+    DWORD Remove(const VolumePath& path) override {
+        Kind kind{};
+        if (const DWORD error = Look(path, kind)) return error;
+        if (kind == Kind::Directory) return ERROR_ACCESS_DENIED;
+        Parent(path)->children.erase(path.back());
+        return ERROR_SUCCESS;
+    }
+
+    DWORD List(const VolumePath& directory, std::vector<Entry>& entries) override {
+        VolumePath below = directory;
+        below.emplace_back();
+        const Node* const node = Parent(below);
+        if (!node) return ERROR_PATH_NOT_FOUND;
+        for (const auto& [name, child] : node->children)
+            entries.push_back({name, child.bytes ? Kind::File : Kind::Directory});
+        return ERROR_SUCCESS;
+    }
+
   private:
     Node* Parent(const VolumePath& path) {
         Node* node = &m_root;

@@ -43,6 +43,15 @@ class Volume {
     };
     virtual DWORD Open(const VolumePath& path, Request request,
                        std::unique_ptr<FileContent>& file) = 0;
+    // Removes a file; a directory gives ERROR_ACCESS_DENIED.
+    virtual DWORD Remove(const VolumePath& path) = 0;
+
+    struct Entry {
+        std::u16string name;
+        Kind kind;
+    };
+    // The files and directories in a directory, sorted without regard to case.
+    virtual DWORD List(const VolumePath& directory, std::vector<Entry>& entries) = 0;
 };
 
 std::unique_ptr<Volume> MakeMemoryVolume();
