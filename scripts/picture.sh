@@ -63,7 +63,7 @@ WINEPREFIX=$work/base "$wine" reg add 'HKCU\Software\Wine\X11 Driver' /v Managed
 end_prefix "$work/base"
 [ -z "$marlett" ] || cp "$marlett" "$work/base/drive_c/windows/Fonts/"
 for suffix in '' -144; do
-    sheet_of two-port-ethernet Performance 'Corvanta Tessaron Ethernet Adapter Properties' '' information Information performance Performance
+    sheet_of two-port-ethernet Performance 'Corvanta Tessaron Ethernet Adapter Properties' 'TSR4\Tessaron-ETH26_Eth\6&2A9F31C7&0&01' information Information performance Performance
     sheet_of two-port-ipoib Performance 'Corvanta Tessaron IPoIB Adapter Properties' '' performance-ipoib Performance
     sheet_of port-types 'Port Protocol' 'Corvanta Tessaron Bus Device Properties' 'PCI\VEN_1C57&DEV_1A22&SUBSYS_00311C57&REV_01\4&1A5D73C9&0&0008' port-protocol 'Port Protocol'
 done

@@ -119,9 +119,12 @@ Sample& Sample::PortValue(int port, const std::string& line) {
     return With(ClassKey(port), line);
 }
 
+const char* Sample::ComponentId(Kind kind) {
+    return kind == Kind::Ethernet ? "TSR4\\Tessaron-ETH26_Eth" : "IBA\\Tessaron-IPOIB26_IPoIB";
+}
+
 std::string Sample::InstanceId(int port, Kind kind) {
-    return std::string("CVTA\\") + (kind == Kind::Ethernet ? "ETH_PORT" : "IPOIB_PORT") +
-           "\\6&2A9F31C7&0&0" + std::to_string(port);
+    return std::string(ComponentId(kind)) + "\\6&2A9F31C7&0&0" + std::to_string(port);
 }
 
 std::string Sample::InstanceId(int port) const {
@@ -160,7 +163,7 @@ void Sample::AddPort(std::string& text, int port) const {
     text += Line("Driver", std::string(kNetClass) + (port == 1 ? "\\0011" : "\\0012"));
     text += Line("ClassGUID", kNetClass);
     text += Key(ClassKey(port));
-    text += Line("ComponentId", ethernet ? "cvta\\eth_port" : "cvta\\ipoib_port");
+    text += Line("ComponentId", ComponentId(m_kinds[index]));
     text += Line("NetCfgInstanceId", Guid(port));
     text += Line("EnumPropPages32", "WinTsrTune_ipoib.dll,WinTsrTunePropPageProvider");
     text += Key(std::string("SYSTEM\\CurrentControlSet\\Control\\Network\\") + kNetClass + "\\" +

@@ -28,6 +28,7 @@ class Sample {
 
     std::string Text() const;
 
+    static const char* ComponentId(Kind kind);
     static std::string InstanceId(int port, Kind kind);
     std::string InstanceId(int port) const;
     // The device that carries the ports, and its class key.

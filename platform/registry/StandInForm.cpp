@@ -214,7 +214,7 @@ constexpr StandInForm::Row rows[] = {
     {u"Processors", u"Nodes", REG_SZ, IsNodes, R"("0,0,1,1", each from 0 to 65535, or -)"},
     {u"Processors", u"HighestNode", REG_DWORD, nullptr, "dword:1"},
     {u"DeviceTree", u"<instance id>", REG_SZ, IsInstanceIds,
-     R"("CVTA\\ETH_PORT\\6&2A9F31C7&0&01;CVTA\\ETH_PORT\\6&2A9F31C7&0&02")"},
+     R"("TSR4\\Tessaron-ETH26_Eth\\6&2A9F31C7&0&01;TSR4\\Tessaron-ETH26_Eth\\6&2A9F31C7&0&02")"},
     {u"Interfaces\\<GUID>", u"Alias", REG_SZ, nullptr, R"("Local Area Connection 3")"},
     {u"Interfaces\\<GUID>", u"Description", REG_SZ, nullptr,
      R"("Corvanta Tessaron Ethernet Adapter")"},

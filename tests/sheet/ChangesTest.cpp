@@ -79,7 +79,8 @@ TEST(Changes, LeadBothWaysFromAnyRegistry) {
 }
 
 TEST(Changes, LeadBothWaysWithAControlSetByItsNumberAndNoFacts) {
-    ExpectBothWays(Program(), SOURCE_DIR "/samples/plain-export.reg", Session({"1087"}), true);
+    ExpectBothWays(Program(), SOURCE_DIR "/samples/plain-export.reg",
+                   "device TSR4\\Tessaron-ETH26_Eth\\6&1f0c66ab&0&01\n" + Session({"1087"}), true);
 }
 
 TEST(Changes, NothingButWhatHasChangedSinceTheSessionBegan) {

@@ -10,6 +10,7 @@
 namespace {
 
 const std::string kTwoPorts = SOURCE_DIR "/samples/two-port-ethernet.reg";
+const std::string kFirstPort = "TSR4\\Tessaron-ETH26_Eth\\6&2A9F31C7&0&01";
 
 constexpr char kUnusualMachine[] = R"(6 processors, NUMA nodes 0 to 9
 
@@ -45,7 +46,7 @@ TEST(Placement, ShowsWhatTheRegistryHolds) {
 }
 
 TEST(Placement, TheReadMeShowsWhatADualPortRunDoes) {
-    const auto result = Program().RunWith({kTwoPorts, "--script", "-"},
+    const auto result = Program().RunWith({kTwoPorts, "--device", kFirstPort, "--script", "-"},
                                           "open Performance\npress 1087\npress 1090\nplacement\n");
     const std::size_t drawing = result.out.rfind("16 processors");
     ASSERT_NE(drawing, std::string::npos) << result.err;

@@ -72,7 +72,7 @@ TEST(Refusal, ArgumentsAndFiles) {
         {{machine, "--script", program.Path("none.txt")}, "none.txt: can't be read"},
         {{machine, "--script", program.Path("")}, "/: can't be read"},
         {{broken}, broken + ":4: "},
-        {{machine, "--device", "CVTA\\NONE\\1"}, "there is no device CVTA\\NONE\\1"},
+        {{machine, "--device", "TSR4\\NONE\\1"}, "there is no device TSR4\\NONE\\1"},
         {{machine, "--files", file}, "a-file: can't be used as drive C:"},
         {{machine, "--save", program.Path("none/out.reg")}, "out.reg: can't be written"},
     };

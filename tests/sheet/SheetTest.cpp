@@ -39,7 +39,7 @@ TEST(Devices, EachHasItsOwnSheetAndCommandsGoToTheOneNamedLast) {
                            "\nopen Performance\n" + end + "controls\n");
     };
     EXPECT_FALSE(Has(run("").out, checked));
-    EXPECT_TRUE(Has(run("device cvta\\eth_port\\" + first.substr(14) + "\n").out, checked))
+    EXPECT_TRUE(Has(run("device tsr4" + first.substr(4) + "\n").out, checked))
         << "goes back, whatever the case";
     EXPECT_TRUE(Has(run("cancel\n").out, checked)) << "the sheet below is left";
     EXPECT_EQ(run("ok\nok\n").code, 2) << "no sheet is left";

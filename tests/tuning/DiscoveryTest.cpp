@@ -89,8 +89,8 @@ TEST(GetKeysInfo, ReadsTheStoredScenarioAndTheKindOfPort) {
 TEST(GetKeysInfo, FindsTheSibling) {
     const std::string port1 = Sample::InstanceId(1, Kind::Ethernet);
     const std::string port2 = Sample::InstanceId(2, Kind::Ethernet);
-    const std::string other = "CVTA\\NONE\\1";
-    const std::string lower = "CVTA\\eth_port\\1";
+    const std::string other = "TSR4\\NONE\\1";
+    const std::string lower = "TSR4\\eth_port\\1";
     const struct {
         std::string children;
         bool found;
