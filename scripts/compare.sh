@@ -41,8 +41,8 @@ files() {
 
 # drive_c FOLDER: puts there what the driver package's installation leaves.
 drive_c() {
-    mkdir -p "$1/Program Files/Corvanta/Documentation"
-    cp -p resources/help.xml "$1/Program Files/Corvanta/Documentation/"
+    mkdir -p "$1"
+    cp -rLp samples/drive/. "$1/"
 }
 
 # run_host FOLDER SCRIPT SAMPLE [OPTION...]

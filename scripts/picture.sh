@@ -34,9 +34,7 @@ sheet_of() {
     copy_prefix "$work/base" "$work/prefix"
     start_prefix "$work/prefix"
     export WINEPREFIX=$work/prefix
-    local c="$WINEPREFIX/drive_c/Program Files/Corvanta/Documentation"
-    mkdir -p "$c"
-    cp resources/help.xml "$c/"
+    cp -rL samples/drive/. "$WINEPREFIX/drive_c/"
     import_sample "samples/$sample.reg" "$work/import.reg" build/host/bin/sheet
     [ -z "$suffix" ] || "$wine" reg add 'HKCU\Control Panel\Desktop' /v LogPixels /t REG_DWORD /d 144 /f >/dev/null
     coproc SHEET { "$wine" build/windows/bin/sheet.exe --lend "$(windows_path build/windows/bin/lend.dll)" ${device:+--device "$device"} --script - 2>/dev/null; }

@@ -1,6 +1,7 @@
 #include "Fixture.h"
 
 #include <cstring>
+#include <fstream>
 #include <sstream>
 
 #include "Call.h"
@@ -74,6 +75,18 @@ TestMachine::TestMachine(const Sample& theSample, std::uint64_t seed, const char
     if (help != nullptr) {
         machine.Get<platform::Drive>().WriteWholeFile(
             u"C:\\Program Files\\Corvanta\\Documentation\\help.xml", help);
+    }
+}
+
+void TestMachine::AddInfFiles() {
+    for (const char* name : {"muxp.inf", "mux_mp.inf"}) {
+        std::ifstream file(
+            SOURCE_DIR "/samples/drive/Program Files/Corvanta/Vlan_lbfo/" + std::string(name),
+            std::ios::binary);
+        std::ostringstream bytes;
+        bytes << file.rdbuf();
+        machine.Get<platform::Drive>().WriteWholeFile(
+            u"C:\\Program Files\\Corvanta\\Vlan_lbfo\\" + Wide(name), bytes.str());
     }
 }
 

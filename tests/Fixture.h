@@ -60,6 +60,9 @@ class TestMachine {
                          const char* help = nullptr);
     ~TestMachine();
 
+    // Copies the INF files of samples/drive to drive C:, so that there are VLANs and teams.
+    void AddInfFiles();
+
     // Loads the library, unless it is loaded. The constructor doesn't, so that a test may lay
     // faults first.
     HMODULE Attach();

@@ -49,6 +49,14 @@ std::string Program::Read(const std::string& name) const {
     return FileText(m_folder / name);
 }
 
+std::string Program::Drive() const {
+    const std::filesystem::path drive = m_folder / "drive";
+    std::filesystem::remove_all(drive);
+    std::filesystem::copy(SOURCE_DIR "/samples/drive", drive,
+                          std::filesystem::copy_options::recursive);
+    return drive.string();
+}
+
 Program::Result Program::RunWith(const std::vector<std::string>& arguments,
                                  const std::string& input, const std::string& output) const {
     const std::string in = Write("standard-input", input);

@@ -28,6 +28,8 @@ class Program {
     std::string Path(const std::string& name) const { return (m_folder / name).string(); }
     std::string Read(const std::string& name) const;
     std::string Machine() const { return Path("machine.reg"); }
+    // A new drive C: as the driver package's installation leaves it; gives its path, for --files.
+    std::string Drive() const;
 
     // With these arguments and that standard input; output goes to that file, or into the result.
     Result RunWith(const std::vector<std::string>& arguments, const std::string& input = "",

@@ -24,7 +24,7 @@ TEST(Samples, EachScriptRunsOnTheMachineThatItNames) {
         ASSERT_TRUE(std::regex_search(text, words, command));
         EXPECT_EQ(words[3].str(), script.filename().string());
         std::vector<std::string> arguments = {(root / words[1].str()).string(), "--script",
-                                              script.string()};
+                                              script.string(), "--files", program.Drive()};
         if (words[2].matched) arguments.insert(arguments.end(), {"--device", words[2]});
         const auto result = program.RunWith(arguments);
         const bool refuses = text.find("refused") != std::string::npos;
