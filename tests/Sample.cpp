@@ -1,6 +1,8 @@
 #include "Sample.h"
 
 #include <cctype>
+#include <cstdio>
+#include <stdexcept>
 
 namespace {
 
@@ -64,6 +66,19 @@ std::string PortGuid(const std::string& mac, Sample::Kind kind) {
     return digits.substr(0, 6) + "fffe" + digits.substr(6);
 }
 
+// Without the file's first line.
+std::string ManyVlans(int count) {
+    const std::string command = "'" SOURCE_DIR "/samples/many-vlans.awk' " + std::to_string(count);
+    FILE* output = popen(command.c_str(), "r");
+    if (output == nullptr) throw std::runtime_error(command);
+    std::string text;
+    char piece[65536];
+    while (const std::size_t length = std::fread(piece, 1, sizeof(piece), output))
+        text.append(piece, length);
+    if (pclose(output) != 0) throw std::runtime_error(command);
+    return text.substr(text.find('\n'));
+}
+
 }  // namespace
 
 Sample& Sample::Version(const std::string& version) {
@@ -108,6 +123,11 @@ Sample& Sample::TcpToChange() {
     const std::string services = "SYSTEM\\CurrentControlSet\\Services\\";
     return With(services + "Tcpip\\Parameters", "\"SackOpts\"=-")
         .With(services + "AFD\\Parameters", "\"FastSendDatagramThreshold\"=dword:400");
+}
+
+Sample& Sample::Vlans(int count) {
+    m_vlans = count;
+    return *this;
 }
 
 Sample& Sample::With(const std::string& path, const std::string& line) {
@@ -179,6 +199,7 @@ void Sample::AddPort(std::string& text, int port) const {
 
 std::string Sample::Text() const {
     std::string text = kMachine;
+    if (m_vlans != 0) text += ManyVlans(m_vlans);
     text += Key("SOFTWARE\\StandIn\\DeviceTree");
     std::string children;
     std::string guids;

@@ -21,6 +21,8 @@ class Sample {
     Sample& NoCard();
     // TCP and AFD settings that a run has to change.
     Sample& TcpToChange();
+    // That many VLANs over the first port, from samples/many-vlans.awk.
+    Sample& Vlans(int count);
     // A further value: path below HKEY_LOCAL_MACHINE, line as in a machine file.
     Sample& With(const std::string& path, const std::string& line);
     // A value of the first (1) or second (2) port's class key.
@@ -46,5 +48,6 @@ class Sample {
     std::vector<Kind> m_kinds = {Kind::Ethernet, Kind::Ethernet};
     std::vector<std::string> m_macs = {"00-02-C9-11-22-33", "00-02-C9-11-22-34"};
     bool m_card = true;
+    int m_vlans = 0;
     std::vector<std::pair<std::string, std::string>> m_more;
 };
