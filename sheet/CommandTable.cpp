@@ -5,6 +5,7 @@
 
 #include "Controls.h"
 #include "Drawing.h"
+#include "Network.h"
 #include "PlacementDrawing.h"
 #include "RegistryView.h"
 #include "Seam.h"
@@ -191,6 +192,12 @@ void DoPlacement(Session& session, const Words&) {
     Print(DrawPlacement(sheet->InstanceId()));
 }
 
+void DoNetwork(Session&, const Words& words) {
+    if (!words[0].empty() && words[0] != "list") throw Refusal{"\"" + words[0] + "\" is not list"};
+    const Network network = ReadNetwork();
+    Print(words[0].empty() ? DrawNetwork(network) : ListNetwork(network));
+}
+
 void DoReg(Session&, const Words& words) {
     Print(DescribeKey(FromUtf8(words[0])));
 }
@@ -271,6 +278,8 @@ const Command kCommands[] = {
     {"devices", Arguments::None, 0, DoDevices, "", "list the devices that have tabs"},
     {"changes", Arguments::Rest, 1, DoChanges, "[undo]",
      "what the session has changed in the registry, as a file to merge; undo: its way back"},
+    {"network", Arguments::Rest, 1, DoNetwork, "[list]",
+     "draw the adapters with their VLANs and teams; list: the same for a program to read"},
     {"placement", Arguments::None, 0, DoPlacement, "",
      "draw the processors, and which of them do the work of the card's ports"},
     {"merge", Arguments::Rest, 1, DoMerge, "FILE", "import a machine file, as regedit would"},

@@ -1,5 +1,6 @@
 #include "RegistryAccess.h"
 
+#include <algorithm>
 #include <cstring>
 
 namespace sheet {
@@ -9,13 +10,13 @@ namespace {
 // Characters of the longest value name, with terminator; the longest key name is shorter.
 constexpr DWORD kNameCapacity = 16384;
 
+}  // namespace
+
 Text TextOf(const std::vector<BYTE>& data) {
     Text text(data.size() / sizeof(WCHAR), TEXT('\0'));
     if (!text.empty()) std::memcpy(text.data(), data.data(), text.size() * sizeof(WCHAR));
     return text.substr(0, text.find(TEXT('\0')));
 }
-
-}  // namespace
 
 Key::Key(const Text& path)
     : m_status(RegOpenKeyExW(HKEY_LOCAL_MACHINE, path.c_str(), 0, KEY_READ, &m_key)) {}
@@ -54,17 +55,50 @@ std::vector<Text> Key::Subkeys() const {
     }
 }
 
-std::optional<Text> Key::ReadText(const WCHAR* name) const {
-    DWORD type = REG_NONE;
+std::optional<Key::Value> Key::Read(const WCHAR* name) const {
+    Value value{name, REG_NONE, {}};
     DWORD size = 0;
-    if (RegQueryValueExW(m_key, name, nullptr, &type, nullptr, &size) != ERROR_SUCCESS ||
-        (type != REG_SZ && type != REG_EXPAND_SZ))
+    if (RegQueryValueExW(m_key, name, nullptr, &value.type, nullptr, &size) != ERROR_SUCCESS)
         return std::nullopt;
-    std::vector<BYTE> data(size);
-    if (RegQueryValueExW(m_key, name, nullptr, &type, data.data(), &size) != ERROR_SUCCESS)
+    value.data.resize(size);
+    if (RegQueryValueExW(m_key, name, nullptr, &value.type, value.data.data(), &size) !=
+        ERROR_SUCCESS)
         return std::nullopt;
-    data.resize(size);
-    return TextOf(data);
+    value.data.resize(size);
+    return value;
+}
+
+std::optional<Text> Key::ReadText(const WCHAR* name) const {
+    const std::optional<Value> value = Read(name);
+    if (!value || (value->type != REG_SZ && value->type != REG_EXPAND_SZ)) return std::nullopt;
+    return TextOf(value->data);
+}
+
+std::optional<DWORD> Key::ReadNumber(const WCHAR* name) const {
+    const std::optional<Value> value = Read(name);
+    if (!value || value->data.empty()) return std::nullopt;
+    DWORD number = 0;
+    std::memcpy(&number, value->data.data(), std::min(value->data.size(), sizeof(number)));
+    return number;
+}
+
+std::vector<Text> Key::ReadTexts(const WCHAR* name) const {
+    std::vector<Text> texts;
+    const std::optional<Value> value = Read(name);
+    if (!value) return texts;
+    Text all(value->data.size() / sizeof(WCHAR), TEXT('\0'));
+    if (!all.empty()) std::memcpy(all.data(), value->data.data(), all.size() * sizeof(WCHAR));
+    for (std::size_t start = 0; start < all.size();) {
+        const std::size_t end = std::min(all.find(TEXT('\0'), start), all.size());
+        if (end == start) break;
+        texts.push_back(all.substr(start, end - start));
+        start = end + 1;
+    }
+    return texts;
+}
+
+bool Key::Has(const WCHAR* name) const {
+    return RegQueryValueExW(m_key, name, nullptr, nullptr, nullptr, nullptr) == ERROR_SUCCESS;
 }
 
 }  // namespace sheet

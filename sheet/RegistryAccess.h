@@ -8,6 +8,9 @@
 
 namespace sheet {
 
+// The text of a REG_SZ's data, up to its terminator if it has one.
+Text TextOf(const std::vector<BYTE>& data);
+
 // An open key below HKEY_LOCAL_MACHINE, for reading; closed when it goes.
 class Key {
   public:
@@ -29,8 +32,17 @@ class Key {
     std::vector<Text> Subkeys() const;
     // The text of a REG_SZ or REG_EXPAND_SZ up to its terminator, or nothing.
     std::optional<Text> ReadText(const WCHAR* name) const;
+    // A value of any type as a driver takes it: the first four bytes, missing ones as 0; nothing
+    // without data.
+    std::optional<DWORD> ReadNumber(const WCHAR* name) const;
+    // The same: the texts up to the first empty one or the end of the data.
+    std::vector<Text> ReadTexts(const WCHAR* name) const;
+    // Whether there is a value of that name, of any type.
+    bool Has(const WCHAR* name) const;
 
   private:
+    std::optional<Value> Read(const WCHAR* name) const;
+
     HKEY m_key = nullptr;
     LONG m_status;
 };

@@ -24,6 +24,9 @@ class LibraryCall {
 // A library was loaded for its page provider, and none of its functions was called yet.
 void LibraryLoaded(HMODULE library);
 
+// A sheet with tabs has been shown.
+void SheetShown();
+
 // Milliseconds that the machine has run.
 std::uint64_t MachineTime();
 // The user does nothing until that much time has passed and all is quiet.

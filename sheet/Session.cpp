@@ -42,7 +42,7 @@ int Session::Run(const std::optional<Text>& instanceId) {
     if (instanceId) {
         OpenDevice(*instanceId);
     } else if (const std::optional<Device> first = m_devices.First()) {
-        m_sheets.Add(std::make_unique<Sheet>(*first, m_devices.LoadProvider(first->provider)));
+        AddSheet(*first);
     }
     const Sheet* const sheet = m_sheets.Current();
     if (HasPerson() && (sheet == nullptr || !sheet->HasTabs())) TellDevices();
@@ -276,7 +276,12 @@ void Session::OpenDevice(const Text& instanceId) {
     if (m_sheets.GoTo(instanceId)) return;
     const std::optional<Device> device = m_devices.Find(instanceId);
     if (!device) throw Refusal{"there is no device " + ToUtf8(instanceId)};
-    m_sheets.Add(std::make_unique<Sheet>(*device, m_devices.LoadProvider(device->provider)));
+    AddSheet(*device);
+}
+
+void Session::AddSheet(const Device& device) {
+    m_sheets.Add(std::make_unique<Sheet>(device, m_devices.LoadProvider(device.provider)));
+    if (m_sheets.Current()->HasTabs()) SheetShown();
 }
 
 void Session::Wait(std::uint64_t milliseconds) {

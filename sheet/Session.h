@@ -62,6 +62,8 @@ class Session {
     void QueueFile(std::optional<Text> path) { m_files.push_back(std::move(path)); }
     DeviceManager& Devices() { return m_devices; }
     void OpenDevice(const Text& instanceId);
+    // A command has been refused, and the session ends for that.
+    bool HasRefused() const { return m_exitCode != 0; }
     void Wait(std::uint64_t milliseconds);
     void At(std::uint64_t time, const std::string& line);
     // As at the end of the script.
@@ -76,6 +78,7 @@ class Session {
 
     bool HasPerson() const { return m_script.IsInteractive() && !m_isEnding; }
     void TellDevices();
+    void AddSheet(const Device& device);
     std::optional<int> AnswerTo(const Box& box);
     std::optional<int> AskAnswer(const Box& box);
     int AnswerUnasked(UINT style) const;

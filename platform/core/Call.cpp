@@ -24,6 +24,7 @@ Call::Call(const char* name, const WCHAR* argument, DWORD ordinary)
     if (counts) {
         machine.scheduler.PassOn();
         const std::u16string_view text = argument ? argument : u"";
+        if (machine.beforeCall) machine.beforeCall(name, text);
         const std::optional<DWORD> error = machine.faults.Ask(name, text, ordinary);
         if (error) {
             m_failed = true;

@@ -9,6 +9,7 @@
 #include <functional>
 #include <memory>
 #include <string>
+#include <string_view>
 #include <typeindex>
 #include <unordered_map>
 #include <vector>
@@ -73,6 +74,10 @@ class Machine {
     FaultPlan faults;
     Trace trace;
     Scheduler scheduler;
+    // Called before each counted call has had any effect, in its thread and in quiet mode, when
+    // set. It may look at the machine, keep what a power failure would leave now (Remains.h), or
+    // end the process.
+    std::function<void(const char* call, std::u16string_view argument)> beforeCall;
     // Borrowed; null means a machine without a user, on which a message box is an error.
     User* user = nullptr;
     // Receives each entry that is still open when the machine goes; by default it is printed to

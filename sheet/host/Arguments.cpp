@@ -1,5 +1,6 @@
 #include "Arguments.h"
 
+#include "../Script.h"
 #include "../Transcript.h"
 
 namespace sheet {
@@ -16,6 +17,8 @@ constexpr struct {
     {"--save", &Options::save},
 };
 
+constexpr unsigned long long kMostCalls = 1'000'000'000'000;
+
 }  // namespace
 
 Options ReadArguments(const std::vector<std::string>& arguments) {
@@ -29,6 +32,10 @@ Options ReadArguments(const std::vector<std::string>& arguments) {
         if (value != nullptr) {
             if (++i == arguments.size()) throw Refusal{argument + " needs a value (try --help)"};
             options.*value = arguments[i];
+        } else if (argument == "--stop-at") {
+            const std::string number = ++i < arguments.size() ? arguments[i] : std::string();
+            options.stopAt = ReadNumber(number, kMostCalls).value_or(0);
+            if (options.stopAt == 0) throw Refusal{"--stop-at needs the number of a call, from 1"};
         } else if (argument == "--echo") {
             options.echo = true;
         } else if (argument == "--trace") {
@@ -50,7 +57,7 @@ Options ReadArguments(const std::vector<std::string>& arguments) {
 
 std::string Usage() {
     return "sheet MACHINE.reg [--device INSTANCE-ID] [--script FILE|-] [--files DIR]\n"
-           "      [--save OUT.reg] [--echo] [--trace]\n"
+           "      [--save OUT.reg] [--stop-at N] [--echo] [--trace]\n"
            "\n"
            "Opens the property sheet of a network adapter, or of its bus device, on the machine\n"
            "that a registry export describes, and follows a script, or the terminal.\n"
@@ -60,12 +67,15 @@ std::string Usage() {
            "  --script  commands, one a line; the command help lists them\n"
            "  --files   the folder that is drive C:, made when missing; else an empty drive\n"
            "  --save    writes the machine's registry when the script is at its end\n"
+           "  --stop-at ends the process, as a power failure would, at that call of the library\n"
+           "            after the first sheet is shown, which doesn't happen any more\n"
            "  --echo    prints the script's lines as well, comments too\n"
            "  --trace   prints each of the library's system calls to standard error\n"
            "\n"
            "Exit code: 0; 2 when an argument, a file or a command was refused, or the output "
            "can't\n"
-           "be written; 3 when the machine stopped, as in a deadlock or for lack of memory.\n";
+           "be written; 3 when the machine stopped, as in a deadlock, for lack of memory, or at\n"
+           "the call that was asked for.\n";
 }
 
 }  // namespace sheet

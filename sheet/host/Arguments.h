@@ -1,6 +1,7 @@
 #pragma once
 // The command line of the host's program.
 
+#include <cstdint>
 #include <optional>
 #include <string>
 #include <vector>
@@ -13,6 +14,7 @@ struct Options {
     std::optional<std::string> script;  // "-" for standard input
     std::optional<std::string> files;
     std::optional<std::string> save;
+    std::uint64_t stopAt = 0;  // the call at which the process ends; 0: at none
     bool echo = false;
     bool trace = false;
     bool help = false;

@@ -17,6 +17,7 @@
 #include "Call.h"
 #include "LineEditor.h"
 #include "LoadedMachine.h"
+#include "StopPoint.h"
 
 namespace sheet {
 
@@ -33,10 +34,31 @@ constexpr int kExitStopped = 3;
     std::_Exit(kExitRefused);
 }
 
+// Ends the process as a power failure would: what is saved is the registry as it stands, and nothing
+// of the library or the machine runs any more.
+[[noreturn]] void StopAt(const std::string& call, platform::Machine& machine,
+                         const Options& options) {
+    Print(call);
+    try {
+        if (options.save) Save(machine, *options.save);
+    } catch (const Refusal& refusal) {
+        PrintRefusal(refusal.reason);
+        std::_Exit(kExitRefused);
+    }
+    std::_Exit(HasPrintingFailed() ? kExitRefused : kExitStopped);
+}
+
 int RunSession(platform::Machine& machine, const Options& options, Script& script) {
     const platform::QuietScope quiet;
     Session session(script, Execute, Complete);
     const SessionUser user(machine, session);
+    auto& stop = machine.Get<StopPoint>();
+    stop.callNumber = options.stopAt;
+    stop.onStop = [&](const char* call, std::u16string_view argument) {
+        // A session that was refused leaves nothing behind, whatever ends it.
+        if (session.HasRefused()) return;
+        StopAt(Line({"stopped", call, argument.empty() ? "-" : Field(argument)}), machine, options);
+    };
     try {
         return session.Run(options.device ? std::optional(FromUtf8(*options.device))
                                           : std::nullopt);

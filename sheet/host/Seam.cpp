@@ -7,6 +7,7 @@
 #include "MachineFile.h"
 #include "Registry.h"
 #include "RegistryChanges.h"
+#include "StopPoint.h"
 
 namespace sheet {
 
@@ -30,6 +31,11 @@ LibraryCall::~LibraryCall() {
 }
 
 void LibraryLoaded(HMODULE) {}
+
+void SheetShown() {
+    Machine& machine = Machine::Current();
+    machine.Get<StopPoint>().CountFromNow(machine);
+}
 
 std::uint64_t MachineTime() {
     return Machine::Current().scheduler.Now();

@@ -72,6 +72,8 @@ void LibraryLoaded(HMODULE library) {
     PointImport(library, "MessageBoxW", reinterpret_cast<void (*)()>(User::ShowMessageBox));
 }
 
+void SheetShown() {}
+
 std::uint64_t MachineTime() {
     return MachineClockTime();
 }
