@@ -201,14 +201,15 @@ class FolderVolume : public Volume {
     }
 
     DWORD Remove(const VolumePath& path) override {
-        Kind kind{};
-        if (const DWORD error = Look(path, kind)) return error;
-        if (kind == Kind::Directory) return ERROR_ACCESS_DENIED;
+        if (path.empty()) return ERROR_ACCESS_DENIED;
         Descriptor parent;
         if (const DWORD error = OpenParent(path, parent)) return error;
         const std::optional<std::string> name = Spelling(parent.Get(), path.back());
         if (!name) return ERROR_FILE_NOT_FOUND;
-        if (!Writable(parent.Get())) return ERROR_ACCESS_DENIED;
+        struct stat status;
+        if (fstatat(parent.Get(), name->c_str(), &status, AT_SYMLINK_NOFOLLOW) != 0)
+            return FromErrno(errno);
+        if (!S_ISREG(status.st_mode) || !Writable(parent.Get())) return ERROR_ACCESS_DENIED;
         return unlinkat(parent.Get(), name->c_str(), 0) == 0 ? ERROR_SUCCESS : FromErrno(errno);
     }
 

@@ -1,10 +1,14 @@
 // Machine files and help files that are damaged, or never were one.
 
 #include "TestWindow.h"
+
+#include <setupapi.h>
+
 #include "AllTabs.h"
 #include "Drive.h"
 #include "Hostile.h"
 #include "HelpDocument.h"
+#include "InfFile.h"
 #include "LibraryState.h"
 #include "MachineFileCheck.h"
 #include "Seeds.h"
@@ -58,6 +62,16 @@ constexpr std::string_view kHelpTokens[] = {
     "\\v ",
     "\xED\xA0\x80"};
 
+constexpr std::string_view kInfTokens[] = {"[Version]\n", "[",
+                                           "]\n",         "=",
+                                           ",",           "\"",
+                                           "%",           "%a%",
+                                           ";",           "\\\n",
+                                           "\\",          "\n",
+                                           "\r",          "[Strings]\na=%a%\n",
+                                           "\x1A",        std::string_view("\0", 1),
+                                           "\xFF\xFE",    "\xEF\xBB\xBF"};
+
 // In UTF-16 with a mark, one file in three; else as it is.
 std::string InSomeEncoding(Hostile& hostile, const std::string& text) {
     return hostile.Below(3) != 0 ? text : ToUtf16(text, hostile.Below(2) != 0);
@@ -109,6 +123,46 @@ TEST(HostileFiles, AMergeIntoAnOpenSheetIsWholeOrNothing) {
             EXPECT_EQ(platform::SaveMachineFile(test.machine), merged);
         });
         if (HasFailure()) return;
+    }
+}
+
+// The first fields of a section that a file may have.
+void ExpectShortFields(HINF inf, const WCHAR* section) {
+    INFCONTEXT line;
+    if (!SetupFindFirstLineW(inf, section, nullptr, &line)) return;
+    for (DWORD field = 0; field < 4; ++field) {
+        DWORD required = 0;
+        if (!SetupGetStringFieldW(&line, field, nullptr, 0, &required)) continue;
+        std::vector<WCHAR> text(required);
+        EXPECT_LE(required, 4096u);
+        EXPECT_TRUE(SetupGetStringFieldW(&line, field, text.data(), required, nullptr));
+        EXPECT_EQ(text.back(), u'\0');
+    }
+}
+
+TEST(HostileFiles, AnInfFileIsReadOrRefused) {
+    const std::string inf =
+        "[Version]\nSignature=\"$Windows NT$\"\n[Manufacturer]\n%m%=Models,NT\n"
+        "[Models]\n%d%=Install,cvta_muxp\n[Models.NT]\n%d%=Install, id, \\\n x\n"
+        "[Strings]\nm=\"Corvanta\"\nd=\"A \"\"driver\"\"\"\n";
+    for (const std::uint64_t seed : Seeds(400)) {
+        SCOPED_TRACE("TEST_SEED=" + std::to_string(seed));
+        Hostile hostile(seed);
+        const FactsMachine facts;
+        platform::Drive& drive = platform::Machine::Current().Get<platform::Drive>();
+        drive.WriteWholeFile(u"C:\\x.inf", Wrong(hostile, inf, kInfTokens));
+        const HINF opened = SetupOpenInfFileW(u"C:\\x.inf", nullptr, INF_STYLE_WIN4, nullptr);
+        const DWORD error = opened == INVALID_HANDLE_VALUE ? GetLastError() : 0;
+        const BOOL isCopied =
+            SetupCopyOEMInfW(u"C:\\x.inf", nullptr, SPOST_PATH, 0, nullptr, 0, nullptr, nullptr);
+        EXPECT_EQ(isCopied ? 0 : GetLastError(), error);
+        EXPECT_EQ(drive.ReadWholeFile(u"C:\\Windows\\INF\\oem0.inf").has_value(), error == 0);
+        if (error != 0) continue;
+        for (const WCHAR* section : {u"Version", u"Manufacturer", u"Models", u"Strings", u""})
+            ExpectShortFields(opened, section);
+        SetupCloseInfFile(opened);
+        for (const platform::InfModel& model : platform::StoredModels())
+            EXPECT_FALSE(model.componentId.empty());
     }
 }
 

@@ -84,6 +84,47 @@ TEST_P(DriveForms, NamesReachWhatTheyMean) {
     EXPECT_EQ(GetLastError(), DWORD{ERROR_ALREADY_EXISTS});
 }
 
+TEST_P(DriveForms, DirectoriesAreSearchedAndFilesDeleted) {
+    for (const char16_t* name : {u"b.inf", u"A.INF", u"ab.inf.txt", u"sub.inf\\x", u"C"})
+        ASSERT_TRUE(Drive().WriteWholeFile(u"C:\\Dir\\" + std::u16string(name), "x"));
+    const struct {
+        std::u16string pattern;
+        std::string found;  // "name " each, a directory in brackets; else the error
+    } kCases[] = {
+        {u"C:\\DIR\\*.inf", "A.INF b.inf [sub.inf] "},
+        {u"C:\\Dir\\*.*", "[.] [..] A.INF ab.inf.txt b.inf C [sub.inf] "},
+        {u"C:\\Dir\\?b*n*t", "ab.inf.txt "},
+        {u"Dir\\b.inf", "b.inf "},
+        {u"C:\\D*", "[Dir] "},
+        {u"C:\\Dir\\b", "2"},
+        {u"C:\\None\\*", "3"},
+        {u"", "2"},
+    };
+    for (const auto& test : kCases) {
+        WIN32_FIND_DATAW data;
+        std::string found;
+        const HANDLE search = FindFirstFileW(test.pattern.c_str(), &data);
+        for (BOOL more = search != INVALID_HANDLE_VALUE; more;
+             more = FindNextFileW(search, &data)) {
+            const std::string name = ToUtf8(data.cFileName);
+            const bool isFile = data.dwFileAttributes == FILE_ATTRIBUTE_NORMAL;
+            found += isFile ? name + " " : "[" + name + "] ";
+        }
+        if (found.empty()) found = std::to_string(GetLastError());
+        EXPECT_EQ(search != INVALID_HANDLE_VALUE, FindClose(search));
+        EXPECT_EQ(found, test.found) << ToUtf8(test.pattern);
+    }
+    const HANDLE file = CreateFileW(u"C:\\Dir\\b.inf", GENERIC_READ, FILE_SHARE_READ, nullptr,
+                                    OPEN_EXISTING, 0, nullptr);
+    for (const DWORD error :
+         {DWORD{ERROR_SHARING_VIOLATION}, DWORD{0}, DWORD{ERROR_FILE_NOT_FOUND}}) {
+        EXPECT_EQ(DeleteFileW(u"C:\\Dir\\B.inf") ? 0 : GetLastError(), error);
+        CloseHandle(file);
+    }
+    EXPECT_FALSE(DeleteFileW(u"C:\\Dir\\sub.inf"));
+    EXPECT_EQ(GetLastError(), DWORD{ERROR_ACCESS_DENIED});
+}
+
 // A folder to be drive C:, beside a file and links that lead there.
 struct MountedFolder : Sandbox {
     MountedFolder() {
@@ -113,6 +154,7 @@ TEST(Folder, KeepsSpellingsAndReachesNothingOutside) {
         SCOPED_TRACE(ToUtf8(path));
         EXPECT_EQ(TryOpen(path, GENERIC_READ, OPEN_ALWAYS), ERROR_ACCESS_DENIED);
         EXPECT_EQ(TryOpen(path, GENERIC_WRITE, CREATE_ALWAYS), ERROR_ACCESS_DENIED);
+        EXPECT_FALSE(DeleteFileW(path));
     }
     EXPECT_FALSE(CreateDirectoryW(u"C:\\way-out\\dir", nullptr));
     folder.ExpectNothingOutside();
@@ -132,6 +174,7 @@ TEST(Folder, NoPathLeavesIt) {
                 path += kPieces[random() % std::size(kPieces)];
             CreateDirectoryW(path.c_str(), nullptr);
             TryOpen(path, GENERIC_WRITE, CREATE_ALWAYS);
+            DeleteFileW(path.c_str());
         }
         folder.ExpectNothingOutside();
     }
