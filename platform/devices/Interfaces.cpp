@@ -12,6 +12,7 @@
 
 #include "Call.h"
 #include "Facts.h"
+#include "MiniportInterfaces.h"
 
 namespace platform {
 namespace {
@@ -30,12 +31,6 @@ std::optional<std::vector<BYTE>> ParseAddress(const std::basic_string<WCHAR>& te
     return address;
 }
 
-std::basic_string<WCHAR> ConnectionName(const std::basic_string<WCHAR>& guid) {
-    const std::basic_string<WCHAR> key = TEXT(
-        "SYSTEM\\CurrentControlSet\\Control\\Network\\{4D36E972-E325-11CE-BFC1-08002BE10318}\\");
-    return MachineText(key + guid + TEXT("\\Connection"), TEXT("Name")).value_or(TEXT(""));
-}
-
 NetworkInterface Loopback() {
     NetworkInterface loopback;
     loopback.name = TEXT("{00000000-0000-0000-0000-000000000000}");
@@ -51,7 +46,7 @@ NetworkInterface Loopback() {
 bool ReadInterface(const std::basic_string<WCHAR>& name, NetworkInterface& adapter) {
     const std::basic_string<WCHAR> key = TEXT("Interfaces\\") + name;
     const auto alias = FactText(key, TEXT("Alias"));
-    adapter.alias = alias ? *alias : ConnectionName(name);
+    adapter.alias = alias ? *alias : ConnectionText(name, TEXT("Name")).value_or(TEXT(""));
     adapter.description = FactText(key, TEXT("Description")).value_or(TEXT(""));
     adapter.isUp = FactNumber(key, TEXT("Up")).value_or(1) != 0;
     adapter.isHidden = FactNumber(key, TEXT("Hidden")).value_or(0) != 0;
@@ -118,7 +113,15 @@ std::optional<std::vector<NetworkInterface>> ReadInterfaces() {
         if (!ReadInterface(name, adapter)) return std::nullopt;
         interfaces.push_back(std::move(adapter));
     }
+    AddMiniportInterfaces(interfaces);
     return interfaces;
+}
+
+std::optional<std::basic_string<WCHAR>> ConnectionText(const std::basic_string<WCHAR>& guid,
+                                                       const WCHAR* value) {
+    const std::basic_string<WCHAR> key = TEXT(
+        "SYSTEM\\CurrentControlSet\\Control\\Network\\{4D36E972-E325-11CE-BFC1-08002BE10318}\\");
+    return MachineText(key + guid + TEXT("\\Connection"), value);
 }
 
 }  // namespace platform

@@ -22,8 +22,13 @@ struct NetworkInterface {
     std::vector<std::basic_string<WCHAR>> unicastAddresses;  // as text, in order
 };
 
-// The loopback, which is always there, then the adapters in the order of their keys; a key that is
-// no GUID stands for none. Nothing when a hardware address can't be read.
+// The loopback, which is always there, then the adapters in the order of their keys, then the
+// installed virtual miniports without a key. A key that is no GUID counts as absent. Nothing when a
+// hardware address can't be read.
 std::optional<std::vector<NetworkInterface>> ReadInterfaces();
+
+// A text of the network connection of the adapter with that GUID.
+std::optional<std::basic_string<WCHAR>> ConnectionText(const std::basic_string<WCHAR>& guid,
+                                                       const WCHAR* value);
 
 }  // namespace platform

@@ -1,5 +1,6 @@
 #pragma once
-// The device objects of network adapters. Their drivers answer object identifiers as the facts say.
+// The device objects of network adapters. Their drivers answer object identifiers as the facts say;
+// the MUX driver answers for installed teams that the facts don't describe.
 
 #include <memory>
 #include <optional>
@@ -14,15 +15,16 @@ namespace platform {
 
 class Miniport : public KernelObject {
   public:
-    // path: of the key with its answers.
-    explicit Miniport(std::basic_string<WCHAR> path) : m_path(std::move(path)) {}
+    // name: the GUID string of the adapter.
+    explicit Miniport(std::basic_string<WCHAR> name) : m_name(std::move(name)) {}
 
-    // DeviceIoControl for this device: gives 0 with the size of the answer, or an error.
+    // DeviceIoControl for this device: gives 0 with the size of the answer, or an error. The output
+    // buffer may also hold what is asked.
     DWORD Control(DWORD code, const void* input, DWORD inputSize, void* output, DWORD capacity,
                   DWORD& returned) const;
 
   private:
-    std::basic_string<WCHAR> m_path;
+    std::basic_string<WCHAR> m_name;
 };
 
 // The device of that path, which begins with `\\.\`. Null when no driver has it.

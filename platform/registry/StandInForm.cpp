@@ -105,8 +105,9 @@ bool IsGuid(TextView text) {
     });
 }
 
+// A number, which another one may follow behind a slash.
 bool IsOid(TextView text) {
-    return IsNumber(text, 0, maxDword);
+    return IsList(text, u'/', 1, 2, [](TextView field) { return IsNumber(field, 0, maxDword); });
 }
 
 // The name of a function or, as in IXMLDOMDocument::load, of a method; behind a blank an argument.

@@ -31,7 +31,8 @@ TEST(StandInForm, WhatIsReadIsTaken) {
         FactLines("Cards\\0002C90300A5B6C0", R"("Ports"=""
 "DoorbellTicks"="0,4294967295")"),
         FactLines("Miniports\\" + kGuid, R"("4288727317"=hex:
-"0x00010208"=hex:00)"),
+"0x00010208"=hex:00
+"0xFFA0C930/3"=hex:01)"),
         FactLines("Faults", R"("IXMLDOMDocument::load C:\\a b"="0x80070005,2,1"
 "operator new"="-2147024882"
 "WinExec"="2")"),
@@ -66,6 +67,7 @@ TEST(StandInForm, WhatWouldNotBeReadIsRefused) {
         {"Miniports\\" + kGuid.substr(1), "", "a name is one like"},
         {"Cards\\0002c90300a5b6c", "", "a name is one like \"0002c90300a5b6c0\""},
         {"Miniports\\" + kGuid, R"("0x1FFFFFFFF"=hex:01)", "a name is one like \"0xFFA0C915\""},
+        {"Miniports\\" + kGuid, R"("0x1/"=hex:01)", "a name is one like \"0xFFA0C915\""},
         {"Miniports\\" + kGuid, R"("0x1"="1")", "has a wrong type"},
         {"Interfaces\\" + kGuid, R"("Up"="1")",
          "the value \"Up\" below StandIn\\Interfaces\\" + kGuid +
