@@ -42,8 +42,8 @@ Call::~Call() {
 }
 
 HRESULT Call::Result() const {
-    return m_error == 0 || m_error > 0xFFFF ? static_cast<HRESULT>(m_error)
-                                            : static_cast<HRESULT>(m_error | 0x80070000);
+    const bool isResult = m_error == 0 || (m_error & 0x80000000) != 0;
+    return static_cast<HRESULT>(isResult ? m_error : (m_error & 0xFFFF) | 0x80070000);
 }
 
 void Call::SetLast(DWORD error) {

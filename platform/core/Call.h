@@ -30,7 +30,7 @@ class Call {
     DWORD Error() const { return m_error; }
     // The forms in which functions give a laid-over failure.
     LSTATUS Status() const { return static_cast<LSTATUS>(m_error); }
-    HRESULT Result() const;  // a positive error code becomes 0x8007xxxx
+    HRESULT Result() const;  // without its top bit an error becomes 0x8007xxxx
     // Sets the thread's last error and gives back `result`.
     template <class T>
     T With(T result) const {

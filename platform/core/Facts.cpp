@@ -53,6 +53,19 @@ std::optional<Value> ReadValue(const Text& path, const WCHAR* name) {
     }
 }
 
+bool WriteValue(const Text& path, const WCHAR* value, DWORD type, const void* data,
+                std::size_t size) {
+    const QuietScope quiet;
+    HKEY key = nullptr;
+    if (RegCreateKeyExW(HKEY_LOCAL_MACHINE, path.c_str(), 0, nullptr, REG_OPTION_NON_VOLATILE,
+                        KEY_SET_VALUE, nullptr, &key, nullptr) != ERROR_SUCCESS)
+        return false;
+    const LSTATUS status = RegSetValueExW(key, value, 0, type, static_cast<const BYTE*>(data),
+                                          static_cast<DWORD>(size));
+    RegCloseKey(key);
+    return status == ERROR_SUCCESS;
+}
+
 // The names that enumerate(index, buffer, length) gives one after the other.
 template <class Enumerate>
 std::vector<Text> Names(std::size_t longest, const Enumerate& enumerate) {
@@ -132,15 +145,21 @@ std::vector<Text> MachineValues(const Text& path) {
 }
 
 bool WriteMachineNumber(const Text& path, const WCHAR* value, DWORD number) {
+    return WriteValue(path, value, REG_DWORD, &number, sizeof number);
+}
+
+bool WriteMachineText(const Text& path, const WCHAR* value, const Text& text) {
+    return WriteValue(path, value, REG_SZ, text.c_str(), (text.size() + 1) * sizeof(WCHAR));
+}
+
+bool DeleteMachineValue(const Text& path, const WCHAR* value) {
+    const Key key(path, KEY_SET_VALUE);
+    return key && RegDeleteValueW(key.Get(), value) == ERROR_SUCCESS;
+}
+
+bool DeleteMachineKey(const Text& path) {
     const QuietScope quiet;
-    HKEY key = nullptr;
-    if (RegCreateKeyExW(HKEY_LOCAL_MACHINE, path.c_str(), 0, nullptr, REG_OPTION_NON_VOLATILE,
-                        KEY_SET_VALUE, nullptr, &key, nullptr) != ERROR_SUCCESS)
-        return false;
-    const LSTATUS status = RegSetValueExW(key, value, 0, REG_DWORD,
-                                          reinterpret_cast<const BYTE*>(&number), sizeof number);
-    RegCloseKey(key);
-    return status == ERROR_SUCCESS;
+    return RegDeleteTreeW(HKEY_LOCAL_MACHINE, path.c_str()) == ERROR_SUCCESS;
 }
 
 Text FactPath(const Text& key) {
@@ -188,6 +207,13 @@ std::optional<long long> ParseNumber(TextView text) {
         number = number * base + digit;
     }
     return isNegative ? -number : number;
+}
+
+Text NumberText(unsigned long long number, std::size_t digits) {
+    Text text;
+    for (; number != 0 || text.size() < digits; number /= 10)
+        text.insert(text.begin(), static_cast<WCHAR>(TEXT('0') + number % 10));
+    return text;
 }
 
 }  // namespace platform

@@ -24,6 +24,11 @@ std::vector<std::basic_string<WCHAR>> MachineSubkeys(const std::basic_string<WCH
 std::vector<std::basic_string<WCHAR>> MachineValues(const std::basic_string<WCHAR>& path);
 // Writes below HKEY_LOCAL_MACHINE, making the key.
 bool WriteMachineNumber(const std::basic_string<WCHAR>& path, const WCHAR* value, DWORD number);
+bool WriteMachineText(const std::basic_string<WCHAR>& path, const WCHAR* value,
+                      const std::basic_string<WCHAR>& text);
+// False when there is no such value or key. A key goes with all below it.
+bool DeleteMachineValue(const std::basic_string<WCHAR>& path, const WCHAR* value);
+bool DeleteMachineKey(const std::basic_string<WCHAR>& path);
 
 // The same below HKEY_LOCAL_MACHINE\SOFTWARE\StandIn; key may be empty.
 std::optional<std::basic_string<WCHAR>> FactText(const std::basic_string<WCHAR>& key,
@@ -37,5 +42,7 @@ std::vector<std::basic_string<WCHAR>> SplitFields(std::basic_string_view<WCHAR> 
                                                   WCHAR separator);
 // Decimal or, with 0x, hexadecimal; a leading minus is allowed. Nothing when it isn't all digits.
 std::optional<long long> ParseNumber(std::basic_string_view<WCHAR> text);
+// Decimal, with at least so many digits.
+std::basic_string<WCHAR> NumberText(unsigned long long number, std::size_t digits = 1);
 
 }  // namespace platform

@@ -10,7 +10,7 @@ Machine* g_machine = nullptr;
 
 }  // namespace
 
-Machine::Machine(std::uint64_t seed) : scheduler(seed) {
+Machine::Machine(std::uint64_t startSeed) : seed(startSeed), scheduler(startSeed) {
     if (g_machine != nullptr) {
         std::fputs("a second machine was made while one lives\n", stderr);
         std::abort();

@@ -6,6 +6,7 @@
 // scheduler and user. The facts of the machine (version, processors, cards, ...) aren't state: they
 // stand in the registry and are read there when they are needed (Facts.h).
 
+#include <cstdint>
 #include <functional>
 #include <memory>
 #include <string>
@@ -70,6 +71,7 @@ class Machine {
     void Exit();
     bool Ended() const { return m_ended; }
 
+    const std::uint64_t seed;
     Ledger ledger;
     FaultPlan faults;
     Trace trace;

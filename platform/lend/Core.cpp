@@ -21,7 +21,7 @@ struct Scheduler::State {};
 Scheduler::Scheduler(std::uint64_t) {}
 Scheduler::~Scheduler() = default;
 
-Machine::Machine(std::uint64_t seed) : scheduler(seed) {}
+Machine::Machine(std::uint64_t startSeed) : seed(startSeed), scheduler(startSeed) {}
 Machine::~Machine() = default;
 
 // It lives as long as the process, since the library may call until then.

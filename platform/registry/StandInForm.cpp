@@ -5,6 +5,7 @@
 
 #include <winnt.h>
 
+#include "Bindings.h"
 #include "Facts.h"
 #include "Faults.h"
 #include "IpAddresses.h"
@@ -94,6 +95,10 @@ bool IsInstanceIds(TextView text) {
     return IsList(text, u';', 0, anyCount, IsInstanceId);
 }
 
+bool IsBindingPath(TextView text) {
+    return ParseBindingPath(text).has_value();
+}
+
 bool IsFault(TextView text) {
     return FaultPlan().SetRows({{u"Call", std::u16string(text)}});
 }
@@ -108,6 +113,10 @@ bool IsGuid(TextView text) {
 // A number, which another one may follow behind a slash.
 bool IsOid(TextView text) {
     return IsList(text, u'/', 1, 2, [](TextView field) { return IsNumber(field, 0, maxDword); });
+}
+
+bool IsPathToken(TextView text) {
+    return !text.empty();
 }
 
 // The name of a function or, as in IXMLDOMDocument::load, of a method; behind a blank an argument.
@@ -134,6 +143,7 @@ constexpr struct {
     {u"<card GUID>", IsPortGuid, "0002c90300a5b6c0"},
     {u"<OID>", IsOid, "0xFFA0C915"},
     {u"<instance id>", IsInstanceId, "PCI\\\\VEN_1C57&DEV_1A20\\\\4&1D8E6F20&0&0018"},
+    {u"<path token>", IsPathToken, "ms_tcpip->{6B29FC40-CA47-4067-B31D-00DD010662DA}"},
     {u"<call>", IsCall, "RegOpenKeyExW SOFTWARE\\\\Corvanta"},
 };
 
@@ -229,6 +239,13 @@ constexpr StandInForm::Row rows[] = {
      R"("0202c9fffe112233;0202c9fffe112234")"},
     {u"Cards\\<card GUID>", u"DoorbellTicks", REG_SZ, IsTicks, R"("90,40", in milliseconds)"},
     {u"Miniports\\<GUID>", u"<OID>", REG_BINARY, nullptr, "hex:01"},
+    {u"NetCfg", u"LockedBy", REG_SZ, nullptr, R"("another program")"},
+    {u"NetCfg", u"LockedFor", REG_DWORD, nullptr, "dword:1b58"},
+    {u"NetCfg", u"TakenFor", REG_DWORD, nullptr, "dword:1b58"},
+    {u"NetCfg", u"TakenAt", REG_DWORD, nullptr, "dword:1"},
+    {u"NetCfg", u"ApplyResult", REG_DWORD, nullptr, "dword:0004a020"},
+    {u"NetCfg\\Bindings\\<GUID>", u"<path token>", REG_SZ, IsBindingPath,
+     R"("ms_tcpip;enabled", or several component ids between commas, or disabled)"},
     {u"Faults", u"<call>", REG_SZ, IsFault, R"("5,1,2", an error, the first call and the count)"},
     {u"Restarts", u"Reboots", REG_DWORD, nullptr, "dword:1"},
     {u"Restarts", u"<instance id>", REG_DWORD, nullptr, "dword:1"},
