@@ -13,6 +13,7 @@
 #include "Call.h"
 #include "Facts.h"
 #include "MiniportInterfaces.h"
+#include "RegistryGeneration.h"
 
 namespace platform {
 namespace {
@@ -102,9 +103,23 @@ struct InterfaceTables : Part {
     std::map<const void*, std::unique_ptr<BYTE[]>> open;
 };
 
+// What was read at one state of the registry: callers ask for a table's size and then for the
+// table.
+struct InterfaceSnapshot {
+    std::uint64_t generation;
+    std::vector<NetworkInterface> interfaces;
+};
+
+struct KnownInterfaces : Part {
+    std::optional<InterfaceSnapshot> snapshot;
+};
+
 }  // namespace
 
 std::optional<std::vector<NetworkInterface>> ReadInterfaces() {
+    std::optional<InterfaceSnapshot>& known = Machine::Current().Get<KnownInterfaces>().snapshot;
+    const std::uint64_t generation = RegistryGeneration();
+    if (known && known->generation == generation) return known->interfaces;
     std::vector<NetworkInterface> interfaces = {Loopback()};
     for (const std::basic_string<WCHAR>& name : MachineSubkeys(FactPath(TEXT("Interfaces")))) {
         NetworkInterface adapter;
@@ -114,6 +129,7 @@ std::optional<std::vector<NetworkInterface>> ReadInterfaces() {
         interfaces.push_back(std::move(adapter));
     }
     AddMiniportInterfaces(interfaces);
+    known = {generation, interfaces};
     return interfaces;
 }
 

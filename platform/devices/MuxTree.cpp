@@ -57,11 +57,12 @@ std::optional<GUID> GuidFromText(const MuxText& text) {
 std::vector<InstalledMiniport> InstalledMiniports() {
     std::vector<InstalledMiniport> miniports;
     for (const MuxText& number : MachineSubkeys(kNetClassKey)) {
-        const MuxText key = kNetClassKey + TEXT('\\') + number;
+        MuxText key = kNetClassKey;
+        key.append(TEXT("\\")).append(number);
         const auto id = MachineText(key, TEXT("ComponentId"));
         if (!id || !EqualNoCase(*id, TEXT("cvta_muxmp"))) continue;
         auto name = MachineText(key, TEXT("NetCfgInstanceId"));
-        if (name && GuidFromText(*name)) miniports.push_back({std::move(*name), key});
+        if (name && GuidFromText(*name)) miniports.push_back({std::move(*name), std::move(key)});
     }
     return miniports;
 }

@@ -322,10 +322,11 @@ std::set<UINT> ModelsSections(const InfFile& file) {
     for (UINT line = 0; manufacturer && line < file.LineCount(*manufacturer); ++line) {
         InfText models;
         file.VisitFields(*manufacturer, line, [&](DWORD field, const InfText& text) {
+            if (field == 0) return true;
             if (field == 1) models = text;
-            const auto section =
-                field == 1 ? file.FindSection(models) : file.FindSection(models + TEXT('.') + text);
-            if (field != 0 && section) sections.insert(*section);
+            InfText name = models;
+            if (field > 1) name.append(TEXT(".")).append(text);
+            if (const auto section = file.FindSection(name)) sections.insert(*section);
             return true;
         });
     }

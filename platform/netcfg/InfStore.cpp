@@ -4,6 +4,7 @@
 #include <setupapi.h>
 
 #include "Call.h"
+#include "Facts.h"
 #include "InfFile.h"
 
 namespace platform {
@@ -32,7 +33,7 @@ bool IsStoreName(StoreView name) {
 StoreText FindStored(const std::string& bytes) {
     for (const StoreText& name : StoredInfNames()) {
         std::string stored;
-        const StoreText path = InfStorePath() + name;
+        StoreText path = InfStorePath() + name;
         if (IsStoreName(name) && ReadFileBytes(path, stored) == ERROR_SUCCESS && stored == bytes)
             return path;
     }
@@ -47,10 +48,7 @@ DWORD StoreAnew(const std::string& bytes, StoreText& path) {
     HANDLE file = INVALID_HANDLE_VALUE;
     DWORD error = ERROR_FILE_EXISTS;
     for (unsigned number = 0; error == ERROR_FILE_EXISTS; ++number) {
-        path = store + TEXT("oem");
-        for (const char digit : std::to_string(number))
-            path += static_cast<WCHAR>(digit);
-        path += TEXT(".inf");
+        path = store + TEXT("oem") + NumberText(number) + TEXT(".inf");
         file = CreateFileW(path.c_str(), GENERIC_WRITE, 0, nullptr, CREATE_NEW,
                            FILE_ATTRIBUTE_NORMAL, nullptr);
         error = file == INVALID_HANDLE_VALUE ? GetLastError() : ERROR_SUCCESS;
