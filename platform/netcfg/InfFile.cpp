@@ -2,7 +2,6 @@
 
 #include <algorithm>
 #include <cstring>
-#include <set>
 
 #include <setupapi.h>
 
@@ -20,13 +19,12 @@ constexpr std::size_t kLongestResult = 4095;   // after that
 constexpr LONGLONG kLargestFile = 0x10000000;  // far above any INF file
 constexpr WCHAR kEndOfFile = 0x1A;
 
-// A file or a search that is closed with its owner.
-template <BOOL(WINAPI* Close)(HANDLE)>
+// An open file, which is closed with its owner.
 class FileHandle {
   public:
     explicit FileHandle(HANDLE handle) : m_handle(handle) {}
     ~FileHandle() {
-        if (*this) Close(m_handle);
+        if (*this) CloseHandle(m_handle);
     }
     FileHandle(const FileHandle&) = delete;
     FileHandle& operator=(const FileHandle&) = delete;
@@ -139,8 +137,8 @@ class LineReader {
 
 DWORD ReadFileBytes(const InfText& path, std::string& bytes) {
     const QuietScope quiet;
-    const FileHandle<CloseHandle> file(CreateFileW(path.c_str(), GENERIC_READ, FILE_SHARE_READ,
-                                                   nullptr, OPEN_EXISTING, 0, nullptr));
+    const FileHandle file(CreateFileW(path.c_str(), GENERIC_READ, FILE_SHARE_READ, nullptr,
+                                      OPEN_EXISTING, 0, nullptr));
     LARGE_INTEGER size;
     if (!file || !GetFileSizeEx(file.Get(), &size)) return GetLastError();
     if (size.QuadPart > kLargestFile) return ERROR_NOT_ENOUGH_MEMORY;
@@ -289,74 +287,6 @@ InfText InfFile::Expand(TextView text) const {
     }
     result.resize(std::min(result.size(), kLongestResult));
     return result;
-}
-
-InfText InfStorePath() {
-    const QuietScope quiet;
-    WCHAR directory[MAX_PATH] = {};
-    GetWindowsDirectoryW(directory, MAX_PATH);
-    return directory + InfText(TEXT("\\INF\\"));
-}
-
-std::vector<InfText> StoredInfNames() {
-    const QuietScope quiet;
-    std::vector<InfText> names;
-    WIN32_FIND_DATAW found;
-    const FileHandle<FindClose> search(
-        FindFirstFileW((InfStorePath() + TEXT("*.inf")).c_str(), &found));
-    for (BOOL isFound = bool{search}; isFound; isFound = FindNextFileW(search.Get(), &found)) {
-        if ((found.dwFileAttributes & FILE_ATTRIBUTE_DIRECTORY) == 0)
-            names.emplace_back(found.cFileName);
-    }
-    std::ranges::sort(names, LessNoCase());
-    return names;
-}
-
-namespace {
-
-// The sections that the lines of the Manufacturer section name, each once: "models" and, for a
-// decoration that follows it, "models.decoration".
-std::set<UINT> ModelsSections(const InfFile& file) {
-    std::set<UINT> sections;
-    const auto manufacturer = file.FindSection(TEXT("Manufacturer"));
-    for (UINT line = 0; manufacturer && line < file.LineCount(*manufacturer); ++line) {
-        InfText models;
-        file.VisitFields(*manufacturer, line, [&](DWORD field, const InfText& text) {
-            if (field == 0) return true;
-            if (field == 1) models = text;
-            InfText name = models;
-            if (field > 1) name.append(TEXT(".")).append(text);
-            if (const auto section = file.FindSection(name)) sections.insert(*section);
-            return true;
-        });
-    }
-    return sections;
-}
-
-void AddModels(const InfFile& file, std::vector<InfModel>& models) {
-    for (const UINT section : ModelsSections(file)) {
-        for (UINT line = 0; line < file.LineCount(section); ++line) {
-            InfModel model;
-            file.VisitFields(section, line, [&](DWORD field, const InfText& text) {
-                if (field == 0) model.description = text;
-                if (field == 2) model.componentId = text;
-                return field < 2;
-            });
-            if (!model.componentId.empty()) models.push_back(std::move(model));
-        }
-    }
-}
-
-}  // namespace
-
-std::vector<InfModel> StoredModels() {
-    std::vector<InfModel> models;
-    for (const InfText& name : StoredInfNames()) {
-        InfFile file;
-        UINT errorLine = 0;
-        if (file.Read(InfStorePath() + name, errorLine) == ERROR_SUCCESS) AddModels(file, models);
-    }
-    return models;
 }
 
 }  // namespace platform
