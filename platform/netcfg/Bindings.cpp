@@ -17,8 +17,8 @@ NetText PathsKey(const NetText& guid) {
     return FactPath(TEXT("NetCfg\\Bindings\\") + guid);
 }
 
-NetText ProtocolToken(const NetText& protocol, const NetText& guid) {
-    return protocol + TEXT("->") + guid;
+NetText ProtocolToken(NetText protocol, const NetText& guid) {
+    return protocol.append(TEXT("->")).append(guid);
 }
 
 }  // namespace
@@ -60,11 +60,11 @@ void WritePath(const BindingPath& path) {
 }
 
 void AddProtocolPaths(const NetText& protocol) {
+    const NetText value = protocol + TEXT(';') + kEnabled;
     for (const NetComponentPtr& lower : ReadComponents(GUID_DEVCLASS_NET)) {
         if (EqualNoCase(lower->id, TEXT("cvta_muxmp"))) continue;
         const NetText guid = NetGuidText(lower->guid);
-        WriteMachineText(PathsKey(guid), ProtocolToken(protocol, guid).c_str(),
-                         protocol + TEXT(';') + kEnabled);
+        WriteMachineText(PathsKey(guid), ProtocolToken(protocol, guid).c_str(), value);
     }
 }
 

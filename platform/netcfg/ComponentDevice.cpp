@@ -20,7 +20,7 @@ struct DriverIndex : Part {
 
 void IndexModel(const NetText& model, std::map<NetText, NetText>& devices) {
     for (const NetText& instance : MachineSubkeys(DeviceKeyPath(model))) {
-        const NetText id = model + TEXT('\\') + instance;
+        const NetText id = JoinPath(model, instance);
         const auto driver = MachineText(DeviceKeyPath(id), TEXT("Driver"));
         if (driver) devices.emplace(FoldId(*driver), id);
     }
@@ -33,7 +33,7 @@ NetText DeviceOfDriver(const NetText& driver) {
         index.devices.clear();
         for (const NetText& enumerator : MachineSubkeys(DeviceKeyPath({}))) {
             for (const NetText& model : MachineSubkeys(DeviceKeyPath(enumerator)))
-                IndexModel(enumerator + TEXT('\\') + model, index.devices);
+                IndexModel(JoinPath(enumerator, model), index.devices);
         }
         index.generation = generation;
     }

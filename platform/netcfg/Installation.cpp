@@ -64,10 +64,10 @@ bool InstallAdapter(NetComponent& component, const NetText& description) {
     const NetText model = ModelOf(component.id);
     const NetText instance = FreeNumber(MachineSubkeys(DeviceKeyPath(model)));
     if (number.empty() || instance.empty()) return false;
-    const NetText device = model + TEXT('\\') + instance;
+    const NetText device = JoinPath(model, instance);
     const NetText classGuid = NetGuidText(GUID_DEVCLASS_NET);
     component.guid = NewComponentGuid();
-    component.key = NetClassPath() + TEXT('\\') + number;
+    component.key = JoinPath(NetClassPath(), number);
     const NetText guid = NetGuidText(component.guid);
     const NetText connectionName = FreeConnectionName();
 
@@ -76,7 +76,7 @@ bool InstallAdapter(NetComponent& component, const NetText& description) {
                                {TEXT("DriverDesc"), description},
                                {TEXT("EnumPropPages32"), kAdapterProvider}});
     WriteTexts(DeviceKeyPath(device), {{TEXT("Service"), TEXT("MUXMP")},
-                                       {TEXT("Driver"), classGuid + TEXT('\\') + number},
+                                       {TEXT("Driver"), JoinPath(classGuid, number)},
                                        {TEXT("Class"), TEXT("Net")},
                                        {TEXT("ClassGUID"), classGuid},
                                        {TEXT("DeviceDesc"), description}});
@@ -89,7 +89,7 @@ bool InstallAdapter(NetComponent& component, const NetText& description) {
 void RemoveAdapter(const NetComponent& component) {
     const NetText guid = NetGuidText(component.guid);
     DeleteMachineKey(component.key);
-    DeleteMachineKey(NetworkPath(GUID_DEVCLASS_NET) + TEXT('\\') + guid);
+    DeleteMachineKey(JoinPath(NetworkPath(GUID_DEVCLASS_NET), guid));
     DeleteMachineKey(FactPath(TEXT("Interfaces\\") + guid));
     RemovePathsAbove(guid);
 }
@@ -118,7 +118,7 @@ void RemoveDevices(const std::set<NetText>& devices) {
 bool InstallComponent(NetComponent& component, const NetText& description) {
     if (component.classGuid == GUID_DEVCLASS_NET) return InstallAdapter(component, description);
     component.guid = NewComponentGuid();
-    component.key = NetworkPath(component.classGuid) + TEXT('\\') + NetGuidText(component.guid);
+    component.key = JoinPath(NetworkPath(component.classGuid), NetGuidText(component.guid));
     WriteTexts(component.key, {{TEXT("ComponentId"), component.id}});
     if (component.classGuid == GUID_DEVCLASS_NETTRANS) AddProtocolPaths(component.id);
     return true;

@@ -9,7 +9,7 @@ namespace platform {
 namespace {
 
 constexpr std::size_t kGuidLength = 38;
-const NetText kClassRoot = TEXT("SYSTEM\\CurrentControlSet\\Control\\Class\\");
+const NetText kClassRoot = TEXT("SYSTEM\\CurrentControlSet\\Control\\Class");
 const NetText kNetworkRoot = TEXT("SYSTEM\\CurrentControlSet\\Control\\Network");
 
 // The component whose parameters that key has, or null.
@@ -30,7 +30,7 @@ std::vector<NetComponentPtr> ReadComponents(const GUID& classGuid) {
     const NetText parent = isNet ? NetClassPath() : NetworkPath(classGuid);
     std::vector<NetComponentPtr> components;
     for (const NetText& name : MachineSubkeys(parent)) {
-        NetText key = parent + TEXT('\\') + name;
+        NetText key = JoinPath(parent, name);
         const auto guid = isNet ? MachineText(key, TEXT("NetCfgInstanceId")) : name;
         if (auto component = ReadComponent(classGuid, std::move(key), guid))
             components.push_back(std::move(component));
@@ -60,16 +60,20 @@ std::optional<GUID> ParseNetGuid(const NetText& text) {
     return guid;
 }
 
+NetText JoinPath(NetText path, const NetText& name) {
+    return path.append(1, TEXT('\\')).append(name);
+}
+
 NetText NetClassPath() {
-    return kClassRoot + NetGuidText(GUID_DEVCLASS_NET);
+    return JoinPath(kClassRoot, NetGuidText(GUID_DEVCLASS_NET));
 }
 
 NetText NetworkPath(const GUID& classGuid) {
-    return kNetworkRoot + TEXT('\\') + NetGuidText(classGuid);
+    return JoinPath(kNetworkRoot, NetGuidText(classGuid));
 }
 
 NetText ConnectionPath(const NetText& guid) {
-    return NetworkPath(GUID_DEVCLASS_NET) + TEXT('\\') + guid + TEXT("\\Connection");
+    return JoinPath(JoinPath(NetworkPath(GUID_DEVCLASS_NET), guid), TEXT("Connection"));
 }
 
 }  // namespace platform

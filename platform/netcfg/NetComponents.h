@@ -35,6 +35,7 @@ std::vector<GUID> ComponentClasses();
 NetText NetGuidText(REFGUID guid);
 std::optional<GUID> ParseNetGuid(const NetText& text);
 
+NetText JoinPath(NetText path, const NetText& name);
 // Below HKEY_LOCAL_MACHINE: of the class Net, of a class of components, and of a component's
 // connection.
 NetText NetClassPath();

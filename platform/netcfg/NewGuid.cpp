@@ -7,6 +7,7 @@
 #include <devguid.h>
 
 #include "Facts.h"
+#include "MuxTree.h"
 #include "NetCfgCarrier.h"
 #include "NetComponents.h"
 #include "Text.h"
@@ -17,8 +18,6 @@ namespace {
 using GuidTexts = std::unordered_set<NetText>;  // in capitals
 
 constexpr std::size_t kGuidTextLength = 38;
-const NetText kMuxAdapters =
-    TEXT("SYSTEM\\CurrentControlSet\\Services\\MUXP\\Parameters\\Adapters");
 
 // SplitMix64: the n-th number of the seed.
 std::uint64_t SeedNumber(std::uint64_t seed, std::uint64_t n) {
@@ -63,17 +62,18 @@ void AddFromBytes(const std::vector<BYTE>& bytes, GuidTexts& texts) {
 
 GuidTexts GuidsInUse() {
     GuidTexts texts;
-    for (const NetText& instance : MachineSubkeys(NetClassPath())) {
-        const NetText key = NetClassPath() + TEXT('\\') + instance;
+    const NetText netClass = NetClassPath();
+    for (const NetText& instance : MachineSubkeys(netClass)) {
+        const NetText key = JoinPath(netClass, instance);
         if (auto guid = MachineText(key, TEXT("NetCfgInstanceId"))) AddText(*guid, texts);
     }
     for (const GUID& classGuid : ComponentClasses())
         AddSubkeys(NetworkPath(classGuid), texts);
     for (const WCHAR* const key : {TEXT("Interfaces"), TEXT("Miniports"), TEXT("NetCfg\\Bindings")})
         AddSubkeys(FactPath(key), texts);
-    AddSubkeys(kMuxAdapters, texts);
-    for (const NetText& adapter : MachineSubkeys(kMuxAdapters)) {
-        const NetText key = kMuxAdapters + TEXT('\\') + adapter;
+    for (const NetText& adapter : LowerObjects()) {
+        AddText(adapter, texts);
+        const NetText key = LowerObjectPath(adapter);
         for (const NetText& value : MachineValues(key)) {
             if (const auto bytes = MachineBytes(key, value.c_str())) AddFromBytes(*bytes, texts);
         }

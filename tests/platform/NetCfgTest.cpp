@@ -371,20 +371,18 @@ TEST(NetCfg, WhichComponentsAreSeenAndWhatTheirDevicesSay) {
 TEST(NetCfg, WhenTheLockIsGiven) {
     const struct {
         std::string facts;
-        HRESULT first;
-        std::uint64_t firstAt;
-        HRESULT second;  // given up and asked for again
-        std::uint64_t secondAt;
+        HRESULT first, second;  // the second time, after it was given up
+        std::uint64_t firstAt, secondAt;
         std::u16string holder;  // named last
     } cases[] = {
-        {"", S_OK, 0, S_OK, 0, u""},
-        {"\"LockedBy\"=\"x\"\n", S_FALSE, 5000, S_FALSE, 10000, u"x"},
-        {"\"LockedBy\"=\"x\"\n\"LockedFor\"=dword:0\n", S_OK, 0, S_OK, 0, u""},
-        {"\"LockedBy\"=\"x\"\n\"LockedFor\"=dword:bb8\n", S_OK, 3000, S_OK, 3000, u""},
-        {"\"LockedBy\"=\"x\"\n\"LockedFor\"=dword:1b58\n", S_FALSE, 5000, S_OK, 7000, u"x"},
-        {"\"TakenFor\"=dword:1b58\n", S_OK, 0, S_FALSE, 5000, u"another program"},
-        {"\"TakenFor\"=dword:64\n\"TakenAt\"=dword:1\n", S_OK, 0, S_OK, 100, u""},
-        {"\"TakenFor\"=dword:64\n\"TakenAt\"=dword:2\n", S_OK, 0, S_OK, 0, u""},
+        {"", S_OK, S_OK, 0, 0, u""},
+        {"\"LockedBy\"=\"x\"\n", S_FALSE, S_FALSE, 5000, 10000, u"x"},
+        {"\"LockedBy\"=\"x\"\n\"LockedFor\"=dword:0\n", S_OK, S_OK, 0, 0, u""},
+        {"\"LockedBy\"=\"x\"\n\"LockedFor\"=dword:bb8\n", S_OK, S_OK, 3000, 3000, u""},
+        {"\"LockedBy\"=\"x\"\n\"LockedFor\"=dword:1b58\n", S_FALSE, S_OK, 5000, 7000, u"x"},
+        {"\"TakenFor\"=dword:1b58\n", S_OK, S_FALSE, 0, 5000, u"another program"},
+        {"\"TakenFor\"=dword:64\n\"TakenAt\"=dword:1\n", S_OK, S_OK, 0, 100, u""},
+        {"\"TakenFor\"=dword:64\n\"TakenAt\"=dword:2\n", S_OK, S_OK, 0, 0, u""},
     };
     for (const auto& row : cases) {
         SCOPED_TRACE(row.facts);
@@ -433,11 +431,12 @@ TEST(NetCfg, FaultsReachTheMethodsAsResults) {
     };
     for (const auto& row : cases) {
         SCOPED_TRACE(row.fault);
-        const std::string error = std::string("\"=\"") + row.fault + "\"\n";
+        std::string faults;
+        for (const char* call :
+             {"INetCfg::Apply", "INetCfgClassSetup::Install CVTA_MUXMP", "INetCfg::QueryInterface"})
+            faults.append("\"").append(call).append("\"=\"").append(row.fault).append("\"\n");
         Engine engine;
-        engine.Merge(FactLines("Faults", "\"INetCfg::Apply" + error +
-                                             "\"INetCfgClassSetup::Install CVTA_MUXMP" + error +
-                                             "\"INetCfg::QueryInterface" + error));
+        engine.Merge(FactLines("Faults", faults));
         engine.Open();
         Component made;
         EXPECT_EQ(engine.netCfg->Apply(), row.result);

@@ -36,6 +36,13 @@ TEST(StandInForm, WhatIsReadIsTaken) {
         FactLines("Faults", R"("IXMLDOMDocument::load C:\\a b"="0x80070005,2,1"
 "operator new"="-2147024882"
 "WinExec"="2")"),
+        FactLines("NetCfg", R"("LockedBy"=""
+"LockedFor"=dword:0
+"TakenFor"=dword:1
+"TakenAt"=dword:1
+"ApplyResult"=dword:80004005)") +
+            FactLines("NetCfg\\Bindings\\" + kGuid, R"("x"=" a , b ;Disabled"
+"y->z"="a;enabled")"),
         FactLines("Restarts", R"("REBOOTS"=dword:2
 "PCI\\VEN_1&X\\3&1"=dword:1)"),
         "[-HKEY_LOCAL_MACHINE\\SOFTWARE\\StandIn\\Nothing]\n" + FactLines("", "\"Nothing\"=-"),
@@ -95,6 +102,12 @@ TEST(StandInForm, WhatWouldNotBeReadIsRefused) {
         {"Faults", R"("WinExec "="5")",
          "a name is one like \"RegOpenKeyExW SOFTWARE\\\\Corvanta\""},
         {"Faults", R"("5"="WinExec")", "a name is one like"},
+        {"NetCfg", R"("LockedFor"="7000")", "has a wrong type"},
+        {"NetCfg\\Bindings\\" + kGuid, R"("x"="a")",
+         "it is written as in \"x\"=\"ms_tcpip;enabled\""},
+        {"NetCfg\\Bindings\\" + kGuid, R"("x"="a,;enabled")", "has a wrong form"},
+        {"NetCfg\\Bindings\\" + kGuid, R"("x"="a;b;enabled")", "has a wrong form"},
+        {"NetCfg\\Bindings\\" + kGuid, R"("x"="a;on")", "has a wrong form"},
         {"Restarts", R"("Reboot"=dword:1)", "did you mean \"Reboots\"?"},
     };
     for (const auto& row : cases) {
