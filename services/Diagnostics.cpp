@@ -1,6 +1,7 @@
 #include "Diagnostics.h"
 
 #include <windows.h>
+#include <algorithm>
 #include <cstdarg>
 #include <string_view>
 
@@ -37,22 +38,32 @@ void WidenFormat(const char* format, WCHAR (&wide)[kLineCapacity]) {
     wide[used] = TEXT('\0');
 }
 
-// In the system's code page. What that lacks is replaced; a narrow format would lose the line.
+// Converts the line and gives the number of bytes. Every code page of the system has the ASCII
+// characters at their places; of what it lacks, each character is replaced.
+int ToCodePage(std::basic_string_view<WCHAR> line, char (&bytes)[kMostBytes * kLineCapacity]) {
+    const int length = static_cast<int>(line.size());
+    if (std::all_of(line.begin(), line.end(), [](WCHAR unit) { return unit < 0x80; })) {
+        std::transform(line.begin(), line.end(), bytes,
+                       [](WCHAR unit) { return static_cast<char>(unit); });
+        return length;
+    }
+    const auto convert = [&](DWORD flags) {
+        return WideCharToMultiByte(CP_ACP, flags, line.data(), length, bytes,
+                                   static_cast<int>(sizeof(bytes)), nullptr, nullptr);
+    };
+    const int count = convert(WC_NO_BEST_FIT_CHARS);
+    return count != 0 ? count : convert(0);  // UTF-8 as the system's code page takes no flags
+}
+
+// A narrow format would lose a line with a character that the code page lacks.
 void PrintLine(DWORD stream, const char* format, va_list arguments) {
     WCHAR wideFormat[kLineCapacity];
     WCHAR line[kLineCapacity] = {};
     WidenFormat(format, wideFormat);
     (void)StringCchVPrintfW(line, ARRAYSIZE(line), wideFormat, arguments);
-    size_t length = 0;
-    (void)StringCchLengthW(line, ARRAYSIZE(line), &length);
 
     char bytes[kMostBytes * kLineCapacity];
-    const auto convert = [&](DWORD flags) {
-        return WideCharToMultiByte(CP_ACP, flags, line, static_cast<int>(length), bytes,
-                                   static_cast<int>(sizeof(bytes)), nullptr, nullptr);
-    };
-    int count = convert(WC_NO_BEST_FIT_CHARS);
-    if (count == 0) count = convert(0);  // UTF-8 as the system's code page takes no flags
+    const int count = ToCodePage(line, bytes);
 
     const HANDLE file = GetStdHandle(stream);
     if (file == nullptr || file == INVALID_HANDLE_VALUE) return;

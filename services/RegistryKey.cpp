@@ -100,6 +100,10 @@ LONG RegistryKey::DeleteValue(LPCWSTR name) const {
     return RegDeleteValueW(m_key.Get(), name);
 }
 
+LONG RegistryKey::DeleteSubkey(LPCWSTR name) const {
+    return RegDeleteKeyW(m_key.Get(), name);
+}
+
 LONG RegistryKey::SubkeyName(DWORD index, LPWSTR name, DWORD capacity) const {
     return RegEnumKeyExW(m_key.Get(), index, name, &capacity, nullptr, nullptr, nullptr, nullptr);
 }

@@ -80,6 +80,8 @@ class RegistryKey {
     // Exactly these bytes.
     LONG WriteBytes(LPCWSTR name, DWORD type, const void* data, DWORD size) const;
     LONG DeleteValue(LPCWSTR name) const;
+    // Deletes a subkey that has no subkeys itself.
+    LONG DeleteSubkey(LPCWSTR name) const;
 
     // The name of the subkey at that place, into `name` of `capacity` characters.
     // ERROR_NO_MORE_ITEMS behind the last one.
