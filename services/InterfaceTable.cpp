@@ -6,24 +6,14 @@
 #include <iphlpapi.h>
 
 #include <cstring>
+#include <new>
 
 #include "../resources/resource.h"
-#include "Messages.h"
 
 namespace {
 
 // A table that still outgrows its buffer then is given up.
 constexpr int kMostQueries = 5;
-
-// The text as a counted string; null when it is empty or can't be converted.
-ScopedBstr WideText(LPCSTR text) {
-    const int length = MultiByteToWideChar(CP_THREAD_ACP, 0, text, -1, nullptr, 0);
-    if (length <= 1) return {};
-    ScopedBstr wide(SysAllocStringLen(nullptr, static_cast<UINT>(length - 1)));
-    if (!wide || MultiByteToWideChar(CP_THREAD_ACP, 0, text, -1, wide.Get(), length) != length)
-        return {};
-    return wide;
-}
 
 void ReadFirstAddress(const IP_ADAPTER_ADDRESSES& adapter, InterfaceFacts& facts) {
     const IP_ADAPTER_UNICAST_ADDRESS* first = adapter.FirstUnicastAddress;
@@ -37,6 +27,12 @@ void ReadFirstAddress(const IP_ADAPTER_ADDRESSES& adapter, InterfaceFacts& facts
 }  // namespace
 
 UserFailure InterfaceTable::Read(AddressFamily family) {
+    m_index = {};
+    const UserFailure failure = ReadEntries(family);
+    return failure ? failure : IndexNames();
+}
+
+UserFailure InterfaceTable::ReadEntries(AddressFamily family) {
     ULONG size = 0;
     m_entries.Reset();
     for (int query = 1;; ++query) {
@@ -52,18 +48,31 @@ UserFailure InterfaceTable::Read(AddressFamily family) {
     }
 }
 
-bool InterfaceTable::Find(LPCWSTR netCfgInstanceId, InterfaceFacts& facts) const {
-    const ScopedBstr wanted(SysAllocString(netCfgInstanceId));
-    if (!wanted) return false;
-    const auto* entry = static_cast<const IP_ADAPTER_ADDRESSES*>(m_entries.Get());
-    for (; entry; entry = entry->Next) {
-        const ScopedBstr name = WideText(entry->AdapterName);
-        if (!name || !EqualText(name.Get(), wanted.Get())) continue;
-        facts = {};
-        facts.isUp = entry->OperStatus == IfOperStatusUp;
-        facts.friendlyName = entry->FriendlyName;
-        ReadFirstAddress(*entry, facts);
-        return true;
+UserFailure InterfaceTable::IndexNames() {
+    const auto* first = static_cast<const IP_ADAPTER_ADDRESSES*>(m_entries.Get());
+    size_t count = 0;
+    for (const auto* entry = first; entry; entry = entry->Next)
+        ++count;
+    m_interfaces.reset(new (std::nothrow) Interface[count]);
+    if (!m_interfaces || !m_index.Reserve(count)) return {IDS_COMMAND_FAILED, GetLastError()};
+    size_t place = 0;
+    for (const auto* entry = first; entry; entry = entry->Next) {
+        Interface& known = m_interfaces[place];
+        known.entry = entry;
+        if (MultiByteToWideChar(CP_THREAD_ACP, 0, entry->AdapterName, -1, known.name,
+                                ARRAYSIZE(known.name)) > 1)
+            m_index.Add(known.name, place++);
     }
-    return false;
+    return {};
+}
+
+bool InterfaceTable::Find(LPCWSTR netCfgInstanceId, InterfaceFacts& facts) const {
+    size_t place = 0;
+    if (!m_index.Find(netCfgInstanceId, place)) return false;
+    const auto& entry = *static_cast<const IP_ADAPTER_ADDRESSES*>(m_interfaces[place].entry);
+    facts = {};
+    facts.isUp = entry.OperStatus == IfOperStatusUp;
+    facts.friendlyName = entry.FriendlyName;
+    ReadFirstAddress(entry, facts);
+    return true;
 }

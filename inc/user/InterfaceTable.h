@@ -3,8 +3,10 @@
 // it has a link. Any thread, one at a time for each object.
 
 #include <windows.h>
+#include <memory>
 
 #include "AutoClasses.h"
+#include "TextIndex.h"
 #include "UserFailure.h"
 
 // What the table says of one adapter.
@@ -27,5 +29,15 @@ class InterfaceTable {
     bool Find(LPCWSTR netCfgInstanceId, InterfaceFacts& facts) const;
 
   private:
+    // The name of an interface as the registry has it. A longer one is no adapter's.
+    struct Interface {
+        WCHAR name[40] = {};
+        const void* entry = nullptr;
+    };
+    UserFailure ReadEntries(AddressFamily family);
+    UserFailure IndexNames();
+
     ScopedLocal<void> m_entries;  // IP_ADAPTER_ADDRESSES
+    std::unique_ptr<Interface[]> m_interfaces;
+    TextIndex m_index;  // of their names
 };
