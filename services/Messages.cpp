@@ -79,11 +79,11 @@ void ShowHexErrorMessage(UINT id, DWORD code) {
     ShowErrorMessage(id, arguments);
 }
 
-void ShowMessage(HWND owner, UINT id, LPCWSTR caption, UINT style,
-                 std::initializer_list<LPCWSTR> arguments) {
+int ShowMessage(HWND owner, UINT id, LPCWSTR caption, UINT style,
+                std::initializer_list<LPCWSTR> arguments) {
     ScopedBstr text;
-    if (FormatResourceMessage(id, text, arguments.begin()))
-        MessageBoxW(owner, text.Get(), caption, style);
+    if (!FormatResourceMessage(id, text, arguments.begin())) return 0;
+    return MessageBoxW(owner, text.Get(), caption, style);
 }
 
 int ShowCaptionedMessage(HWND owner, LPCWSTR text, UINT captionId, UINT style) {

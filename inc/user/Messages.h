@@ -18,10 +18,10 @@ void ShowErrorMessage(UINT id, const LPCWSTR* arguments);
 void ShowSystemErrorMessage(UINT id, DWORD error);
 // The same with "0x" and the code in upper-case hexadecimal as %1.
 void ShowHexErrorMessage(UINT id, DWORD code);
-// A box of that owner, caption and style with the message; nothing when it can't be formatted.
-// arguments: the texts of %1, %2, ...
-void ShowMessage(HWND owner, UINT id, LPCWSTR caption, UINT style,
-                 std::initializer_list<LPCWSTR> arguments = {});
+// A box of that owner, caption and style with the message. Gives the button pressed; 0 when the
+// message can't be shown. arguments: the texts of %1, %2, ...
+int ShowMessage(HWND owner, UINT id, LPCWSTR caption, UINT style,
+                std::initializer_list<LPCWSTR> arguments = {});
 // A box with the message `captionId` as caption (empty when that fails). Gives the button pressed.
 int ShowCaptionedMessage(HWND owner, LPCWSTR text, UINT captionId, UINT style);
 
