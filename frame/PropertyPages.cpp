@@ -7,6 +7,7 @@
 #include "Messages.h"
 #include "PerformancePage.h"
 #include "TabRules.h"
+#include "VlanPage.h"
 
 namespace {
 
@@ -50,4 +51,10 @@ bool AddPerformancePage(AdapterTabs& tabs) {
     const WORD dialog = tabs.flags.isIpoib ? IDD_PERFORMANCE_IPOIB : IDD_PERFORMANCE_ETH;
     return AddSheetPage(tabs.sink, {dialog, PSP_USECALLBACK, kPerformanceProcedures},
                         NewPerformancePage(tabs.identity, std::move(tabs.interfaceDetail)));
+}
+
+bool AddVlanPage(AdapterTabs& tabs) {
+    if (!VlanTabApplies(tabs.flags, GetMachineFacts())) return true;
+    return AddSheetPage(tabs.sink, {IDD_VLAN, PSP_USECALLBACK | PSP_USEICONID, kVlanProcedures},
+                        NewVlanPage(tabs.identity.classKeyPath));
 }

@@ -49,3 +49,4 @@ struct AdapterTabs {
 // Each adder: true when its tab was handed over or doesn't apply to the adapter.
 bool AddInformationPage(AdapterTabs& tabs);
 bool AddPerformancePage(AdapterTabs& tabs);
+bool AddVlanPage(AdapterTabs& tabs);

@@ -11,6 +11,7 @@ namespace {
 constexpr bool (*kAdders[])(AdapterTabs&) = {
     AddInformationPage,
     AddPerformancePage,
+    AddVlanPage,
 };
 
 }  // namespace

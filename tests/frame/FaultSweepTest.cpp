@@ -96,6 +96,9 @@ TEST(FaultSweep, AdapterProvider) {
         // An adapter that can't be looked up among the team members is none, unless it is there.
         {{"RegOpenKeyExW"}, {}, adapters},
         {{"RegQueryValueExW"}, {}, "TeamDeviceName"},
+        // What the VLAN tab asks of the machine.
+        {{"RegOpenKeyExW"}, {}, "SOFTWARE\\Corvanta"},
+        {{"RegQueryValueExW"}, {}, "InstalledPath"},
         {{"RegOpenKeyExW", "RegQueryValueExW"}, noTab},
         {{"CreatePropertySheetPageW"}, {.shown = {{"Information", "-"}}}, "", 1, false},
         {{"CreatePropertySheetPageW"}, {.kept = {"Information", "Performance"}}},
