@@ -230,7 +230,8 @@ void Desktop::Activate(HWND handle) {
 void Desktop::PassForegroundOn(HWND from) {
     const auto canHave = [&](HWND candidate) {
         const std::shared_ptr<Window> window = Find(candidate);
-        return window && candidate != from && window->HasStyle(WS_VISIBLE) && !window->destroyed;
+        return window && candidate != from && window->HasStyle(WS_VISIBLE) && window->IsEnabled() &&
+               !window->destroyed;
     };
     const HWND owner = Find(from)->owner;
     m_foreground = nullptr;

@@ -48,6 +48,7 @@ INT_PTR WINAPI DialogBoxParamW(HINSTANCE instance, LPCWSTR name, HWND owner, DLG
         return -1;
     }
     if (!dialog->ended) {
+        dialog->modal = &modal;
         TheDesktop().Show(handle, true);
         TheDesktop().RunLoop(call.Name(), [&] { return dialog->ended || dialog->destroyed; });
     }
@@ -75,6 +76,8 @@ BOOL WINAPI EndDialog(HWND handle, INT_PTR result) {
     if (!dialog) return Call::SetLast(ERROR_INVALID_WINDOW_HANDLE), FALSE;
     dialog->ended = true;
     dialog->result = result;
+    // The owner is enabled first, so that it can become the foreground.
+    if (dialog->modal) dialog->modal->End();
     TheDesktop().Show(handle, false);
     return TRUE;
 }

@@ -54,6 +54,7 @@ class Dialog : public Window {
     DialogUnits units = {8, 16};
     bool ended = false;
     INT_PTR result = 0;
+    ModalScope* modal = nullptr;  // while it is shown as a modal one
 
   private:
     friend HWND CreateDialogFrom(const DialogTemplate&, HINSTANCE, HWND, DLGPROC, LPARAM);
