@@ -192,6 +192,46 @@ void Notify(const Control& control, WORD code) {
                  reinterpret_cast<LPARAM>(control.window));
 }
 
+std::optional<std::size_t> FindEntry(const Control& list, const Text& text) {
+    const auto entries = EntriesOf(list);
+    for (std::size_t i = 0; i < entries.size(); ++i) {
+        if (entries[i].text == text) return i;
+    }
+    return std::nullopt;
+}
+
+[[noreturn]] void RefuseEntry(const Control& list, const Text& text) {
+    throw Refusal{"control " + NameOf(list) + " has no entry \"" + ToUtf8(text) + "\""};
+}
+
+// As with the keyboard, the control itself tells of the list's opening and closing.
+void SelectInComboBox(const Control& combo, const Text& text) {
+    const bool drops = (combo.style & CBS_DROPDOWNLIST) != CBS_SIMPLE;
+    if (drops) {
+        SetFocus(combo.window);
+        SendMessageW(combo.window, CB_SHOWDROPDOWN, TRUE, 0);
+    }
+    // A dialog may fill the list when it drops down.
+    const std::optional<std::size_t> index = FindEntry(combo, text);
+    if (index) {
+        SendMessageW(combo.window, CB_SETCURSEL, *index, 0);
+        Notify(combo, CBN_SELCHANGE);
+    }
+    if (drops) SendMessageW(combo.window, WM_KEYDOWN, index ? VK_RETURN : VK_ESCAPE, 0);
+    if (!index) RefuseEntry(combo, text);
+}
+
+void SelectInListBox(const Control& list, const Text& text) {
+    const std::optional<std::size_t> index = FindEntry(list, text);
+    if (!index) RefuseEntry(list, text);
+    if (IsMultiple(list)) {
+        SendMessageW(list.window, LB_SETSEL, TRUE, static_cast<LPARAM>(*index));
+    } else {
+        SendMessageW(list.window, LB_SETCURSEL, *index, 0);
+    }
+    if ((list.style & LBS_NOTIFY) != 0) Notify(list, LBN_SELCHANGE);
+}
+
 struct ListViewRow {
     HWND list;
     LONG style;
@@ -362,26 +402,9 @@ void TypeInto(HWND dialog, int id, const Text& text) {
 
 void SelectEntry(HWND dialog, int id, const Text& text) {
     const Control control = Reach(dialog, id);
-    const bool isCombo = control.kind == Class::ComboBox;
-    if (!isCombo && control.kind != Class::ListBox) RefuseKind(id, "list");
-    const auto entries = EntriesOf(control);
-    for (std::size_t i = 0; i < entries.size(); ++i) {
-        if (entries[i].text != text) continue;
-        if (isCombo) {
-            SendMessageW(control.window, CB_SETCURSEL, i, 0);
-            Notify(control, CBN_SELENDOK);
-            Notify(control, CBN_SELCHANGE);
-        } else {
-            if (IsMultiple(control)) {
-                SendMessageW(control.window, LB_SETSEL, TRUE, static_cast<LPARAM>(i));
-            } else {
-                SendMessageW(control.window, LB_SETCURSEL, i, 0);
-            }
-            if ((control.style & LBS_NOTIFY) != 0) Notify(control, LBN_SELCHANGE);
-        }
-        return;
-    }
-    throw Refusal{"control " + std::to_string(id) + " has no entry \"" + ToUtf8(text) + "\""};
+    if (control.kind == Class::ComboBox) return SelectInComboBox(control, text);
+    if (control.kind == Class::ListBox) return SelectInListBox(control, text);
+    RefuseKind(id, "list");
 }
 
 void CheckRow(HWND dialog, int id, const Text& text, bool checked) {

@@ -21,6 +21,7 @@ int StringList::Insert(const char16_t* text, bool sorted, std::optional<int> at)
 }
 
 int StringList::Find(std::u16string_view text, int start, bool whole) const {
+    if (text.empty()) return -1;
     for (int step = 1; step <= Count(); ++step) {
         const int index = (std::clamp(start, -1, Count() - 1) + step) % Count();
         std::u16string_view candidate = entries[static_cast<std::size_t>(index)].text;

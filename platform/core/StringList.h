@@ -23,7 +23,7 @@ class StringList {
     // Where the text went. at: nothing for the place that the order gives, a negative for the end.
     int Insert(const char16_t* text, bool sorted, std::optional<int> at);
     // The first entry after `start` that begins with the text, or is it, without regard to case;
-    // goes around. -1 when there is none.
+    // goes around. -1 when there is none, and for an empty text.
     int Find(std::u16string_view text, int start, bool whole) const;
     bool Has(LONG_PTR index) const;
     int Count() const { return static_cast<int>(entries.size()); }

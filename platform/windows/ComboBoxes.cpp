@@ -12,9 +12,12 @@ class ComboBox : public Window {
     std::optional<LRESULT> FailureOf(UINT message) const override;
 
   private:
+    bool CanDrop() const { return (style & CBS_DROPDOWNLIST) != CBS_SIMPLE; }
     bool IsListOnly() const { return (style & CBS_DROPDOWNLIST) == CBS_DROPDOWNLIST; }
     LRESULT Select(LONG_PTR index);
-    void Drop(bool open);
+    void DropDown();
+    void CloseUp(bool accept);
+    bool OnKey(WPARAM key);
 
     StringList m_list;
     int m_selected = CB_ERR;
@@ -28,10 +31,24 @@ LRESULT ComboBox::Select(LONG_PTR index) {
     return m_selected;
 }
 
-void ComboBox::Drop(bool open) {
-    if (open == m_dropped) return;
-    m_dropped = open;
-    Command(open ? CBN_DROPDOWN : CBN_CLOSEUP);
+void ComboBox::DropDown() {
+    if (m_dropped || !CanDrop()) return;
+    Command(CBN_DROPDOWN);
+    m_dropped = true;
+}
+
+// The list is hidden between the two.
+void ComboBox::CloseUp(bool accept) {
+    if (!m_dropped) return;
+    Command(accept ? CBN_SELENDOK : CBN_SELENDCANCEL);
+    m_dropped = false;
+    Command(CBN_CLOSEUP);
+}
+
+bool ComboBox::OnKey(WPARAM key) {
+    if (!m_dropped || (key != VK_RETURN && key != VK_ESCAPE)) return false;
+    CloseUp(key == VK_RETURN);
+    return true;
 }
 
 std::optional<LRESULT> ComboBox::FailureOf(UINT message) const {
@@ -88,8 +105,12 @@ LRESULT ComboBox::OnMessage(UINT message, WPARAM wParam, LPARAM lParam) {
             m_list[index].data = lParam;
             return CB_OKAY;
         case CB_SHOWDROPDOWN:
-            Drop(wParam != 0);
+            wParam != 0 ? DropDown() : CloseUp(false);
             return TRUE;
+        case WM_GETDLGCODE:
+            return m_dropped && (wParam == VK_RETURN || wParam == VK_ESCAPE) ? DLGC_WANTMESSAGE : 0;
+        case WM_KEYDOWN:
+            return OnKey(wParam) ? TRUE : Window::OnMessage(message, wParam, lParam);
         case CB_GETDROPPEDSTATE:
             return m_dropped;
         case WM_SETTEXT:

@@ -133,8 +133,9 @@ class Desktop : public Part {
     void ForgetFresh();
 
     // Handles messages of the calling thread, and asks the user when there are none, until done()
-    // or a WM_QUIT.
-    void RunLoop(const char* call, const std::function<bool()>& done);
+    // or a WM_QUIT. handle: is asked first about each posted message; true when it took it.
+    void RunLoop(const char* call, const std::function<bool()>& done,
+                 const std::function<bool(const MSG&)>& handle = {});
     // Waits until ready() or for one turn of the user. False at the time-out, and when the machine
     // has ended. asked is kept between the calls of a loop, see Scheduler::BlockIdle.
     bool WaitWithUser(const char* call, const std::function<bool()>& ready,

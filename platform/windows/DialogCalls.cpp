@@ -38,6 +38,7 @@ INT_PTR WINAPI DialogBoxParamW(HINSTANCE instance, LPCWSTR name, HWND owner, DLG
     if (owner && !TheDesktop().Find(owner)) return Call::SetLast(ERROR_INVALID_WINDOW_HANDLE), 0;
     const auto given = platform::LoadDialogTemplate(instance, name);
     if (!given) return -1;
+    const HWND focus = TheDesktop().Focus();
     platform::ModalScope modal(owner);
     const HWND handle = platform::CreateDialogFrom(*given, instance, owner, procedure, parameter);
     const std::shared_ptr<Dialog> dialog = TheDesktop().Find<Dialog>(handle);
@@ -50,10 +51,16 @@ INT_PTR WINAPI DialogBoxParamW(HINSTANCE instance, LPCWSTR name, HWND owner, DLG
     if (!dialog->ended) {
         dialog->modal = &modal;
         TheDesktop().Show(handle, true);
-        TheDesktop().RunLoop(call.Name(), [&] { return dialog->ended || dialog->destroyed; });
+        TheDesktop().RunLoop(
+            call.Name(), [&] { return dialog->ended || dialog->destroyed; },
+            [&](const MSG& message) {
+                return platform::IsWithin(message.hwnd, handle) &&
+                       platform::HandleDialogKey(handle, message);
+            });
     }
     modal.End();
     TheDesktop().Destroy(handle);
+    if (TheDesktop().Find(focus)) TheDesktop().SetFocus(focus);
     return dialog->result;
 }
 
@@ -84,15 +91,9 @@ BOOL WINAPI EndDialog(HWND handle, INT_PTR result) {
 
 BOOL WINAPI IsDialogMessageW(HWND dialog, LPMSG message) {
     Call call("IsDialogMessageW");
-    for (HWND window = message->hwnd; window != nullptr;) {
-        if (window == dialog) {
-            TheDesktop().Dispatch(*message);
-            return TRUE;
-        }
-        const std::shared_ptr<Window> found = TheDesktop().Find(window);
-        window = found ? found->parent : nullptr;
-    }
-    return FALSE;
+    if (!platform::IsWithin(message->hwnd, dialog)) return FALSE;
+    if (!platform::HandleDialogKey(dialog, *message)) TheDesktop().Dispatch(*message);
+    return TRUE;
 }
 
 BOOL WINAPI MapDialogRect(HWND handle, LPRECT rect) {

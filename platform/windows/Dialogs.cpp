@@ -139,6 +139,36 @@ HWND CreateDialogFrom(const DialogTemplate& given, HINSTANCE instance, HWND pare
     return handle;
 }
 
+bool IsWithin(HWND window, HWND other) {
+    while (window != nullptr && window != other) {
+        const std::shared_ptr<Window> found = TheDesktop().Find(window);
+        window = found ? found->parent : nullptr;
+    }
+    return window != nullptr;
+}
+
+bool HandleDialogKey(HWND dialog, const MSG& message) {
+    const bool isEnter = message.wParam == VK_RETURN;
+    if (message.message != WM_KEYDOWN || (!isEnter && message.wParam != VK_ESCAPE)) return false;
+    Desktop& desktop = TheDesktop();
+    MSG copy = message;
+    const LRESULT code = desktop.Send(message.hwnd, WM_GETDLGCODE, message.wParam,
+                                      reinterpret_cast<LPARAM>(&copy));
+    if ((code & DLGC_WANTMESSAGE) != 0) return false;
+    int id = IDCANCEL;
+    if (isEnter) {
+        const LRESULT chosen = desktop.Send(dialog, DM_GETDEFID);
+        id = HIWORD(chosen) == DC_HASDEFID ? LOWORD(chosen) : IDOK;
+        constexpr LRESULT kPushButton = DLGC_DEFPUSHBUTTON | DLGC_UNDEFPUSHBUTTON;
+        if ((code & kPushButton) != 0) id = static_cast<int>(desktop.Find(message.hwnd)->id);
+    }
+    const HWND button = desktop.Item(dialog, id);
+    const std::shared_ptr<Window> found = desktop.Find(button);
+    if (found && !found->IsEnabled()) return true;
+    desktop.Send(dialog, WM_COMMAND, MAKEWPARAM(id, BN_CLICKED), reinterpret_cast<LPARAM>(button));
+    return true;
+}
+
 void AddDialogClass(Desktop& desktop) {
     desktop.AddClass(kDialogClass, [] { return std::shared_ptr<Window>(new Dialog); });
 }

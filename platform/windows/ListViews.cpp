@@ -44,6 +44,7 @@ class ListView : public Window {
     LRESULT DeleteItem(int index);
     LRESULT DeleteAll();
     bool SetState(int index, UINT state, UINT mask);
+    void TakeFromOther(int index, UINT which, UINT state);
     int NextItem(int after, UINT flags) const;
     LRESULT SetExtendedStyle(DWORD mask, DWORD given);
 
@@ -164,6 +165,12 @@ LRESULT ListView::DeleteAll() {
     return TRUE;
 }
 
+// What only one row can have leaves the one that has it.
+void ListView::TakeFromOther(int index, UINT which, UINT state) {
+    const int other = NextItem(-1, which);
+    if (other >= 0 && other != index) SetState(other, 0, state);
+}
+
 // index -1: all rows.
 bool ListView::SetState(int index, UINT state, UINT mask) {
     if (index == -1) {
@@ -172,10 +179,10 @@ bool ListView::SetState(int index, UINT state, UINT mask) {
         return true;
     }
     if (!Has(index)) return false;
-    if (HasStyle(LVS_SINGLESEL) && (state & mask & LVIS_SELECTED) != 0) {
-        const int other = NextItem(-1, LVNI_SELECTED);
-        if (other >= 0 && other != index) SetState(other, 0, LVIS_SELECTED);
-    }
+    const UINT set = state & mask;
+    if (HasStyle(LVS_SINGLESEL) && (set & LVIS_SELECTED) != 0)
+        TakeFromOther(index, LVNI_SELECTED, LVIS_SELECTED);
+    if ((set & LVIS_FOCUSED) != 0) TakeFromOther(index, LVNI_FOCUSED, LVIS_FOCUSED);
     const UINT before = At(index).state;
     const UINT after = (before & ~mask) | (state & mask);
     if (before == after || Tell(LVN_ITEMCHANGING, index, before, after) || !Has(index)) return true;

@@ -138,7 +138,8 @@ bool Desktop::WaitWithUser(const char* call, const std::function<bool()>& ready,
     return true;
 }
 
-void Desktop::RunLoop(const char* call, const std::function<bool()>& done) {
+void Desktop::RunLoop(const char* call, const std::function<bool()>& done,
+                      const std::function<bool(const MSG&)>& handle) {
     const unsigned self = Machine::Current().scheduler.CurrentThread();
     const auto ready = [&] {
         return HasSentOrQuit(self) || HasPosted(self, nullptr, 0, 0) || done();
@@ -146,10 +147,11 @@ void Desktop::RunLoop(const char* call, const std::function<bool()>& done) {
     bool asked = false;
     while (!done() && !m_queues[self].quit) {
         if (HandleSent()) continue;
-        if (const std::optional<MSG> message = Take(nullptr, 0, 0, true))
-            Dispatch(*message);
-        else if (!WaitWithUser(call, ready, std::nullopt, asked))
+        if (const std::optional<MSG> message = Take(nullptr, 0, 0, true)) {
+            if (!handle || !handle(*message)) Dispatch(*message);
+        } else if (!WaitWithUser(call, ready, std::nullopt, asked)) {
             return;
+        }
     }
     ForgetFresh();
 }

@@ -48,6 +48,10 @@ class DialogCase : public Conformance {
         return dialog;
     }
     HWND Item(int id) const { return GetDlgItem(dialog, id); }
+    // Shows a modal dialog until it ends, and gives what it ended with.
+    INT_PTR ShowModal(int id, HWND owner) const {
+        return DialogBoxParamW(here->module, MAKEINTRESOURCEW(id), owner, &Procedure, 0);
+    }
 
     HWND dialog = nullptr;                                  // the last one
     std::function<INT_PTR(HWND, UINT, WPARAM, LPARAM)> on;  // may be empty

@@ -105,6 +105,37 @@ TEST_F(WaitingTest, ASentMessageRunsInTheThreadOfItsWindow) {
     CloseHandle(done);
 }
 
+// As a command waits for the mutex of a page while the page's worker, which has it, sends.
+TEST_F(WaitingTest, AMutexIsWaitedForWhileSentMessagesAreAnswered) {
+    Open(IDD_BUTTONS);
+    int answered = 0;
+    on = [&](HWND, UINT message, WPARAM, LPARAM) -> INT_PTR { return message == WM_APP && ++answered; };
+    const HANDLE mutex = CreateMutexW(nullptr, FALSE, nullptr);
+    const HANDLE owned = CreateEventW(nullptr, TRUE, FALSE, nullptr);
+    {
+        const Worker worker([&] {
+            WaitForSingleObject(mutex, INFINITE);
+            SetEvent(owned);
+            SendMessageW(dialog, WM_APP, 0, 0);
+            SendMessageW(dialog, WM_APP, 0, 0);
+            ReleaseMutex(mutex);
+        });
+        EXPECT_EQ(WaitForSingleObject(owned, INFINITE), WAIT_OBJECT_0);
+        DWORD wake;
+        while ((wake = MsgWaitForMultipleObjectsEx(1, &mutex, INFINITE, QS_SENDMESSAGE,
+                                                   MWMO_INPUTAVAILABLE)) == WAIT_OBJECT_0 + 1) {
+            MSG message;
+            PeekMessageW(&message, nullptr, 0, 0, PM_NOREMOVE | (QS_SENDMESSAGE << 16));
+        }
+        EXPECT_EQ(wake, WAIT_OBJECT_0);
+        EXPECT_EQ(answered, 2);
+        EXPECT_TRUE(ReleaseMutex(mutex));
+        EXPECT_FALSE(ReleaseMutex(mutex)) << "it was taken once";
+    }
+    CloseHandle(mutex);
+    CloseHandle(owned);
+}
+
 TEST_F(WaitingTest, APostedMessageDoesNotEndTheWaitForASentOne) {
     Open(IDD_BUTTONS);
     PostMessageW(dialog, WM_APP, 0, 0);
