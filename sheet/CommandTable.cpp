@@ -96,6 +96,11 @@ void DoPlaces(Session& session, const Words&) {
     Print(ListPlaces(session.ActiveWindow()));
 }
 
+constexpr struct {
+    const char* name;
+    WPARAM code;
+} kKeys[] = {{"enter", VK_RETURN}, {"escape", VK_ESCAPE}};
+
 // The text of a label in double quotes.
 std::string Unquoted(const std::string& word) {
     if (word.size() < 2 || !word.ends_with('"'))
@@ -104,6 +109,12 @@ std::string Unquoted(const std::string& word) {
 }
 
 void DoPress(Session& session, const Words& words) {
+    for (const auto& key : kKeys) {
+        if (words[0] != key.name) continue;
+        if (session.OpenBox() != nullptr) throw Refusal{"a message box is up"};
+        PressKey(session.ActiveWindow(), key.code);
+        return;
+    }
     if (words[0].starts_with('"')) {
         session.PressButton(FromUtf8(Unquoted(words[0])));
         return;
@@ -225,8 +236,10 @@ std::vector<std::string> TabChoices(Session& session) {
     return titles;
 }
 
-std::vector<std::string> LabelChoices(Session& session) {
+std::vector<std::string> PressChoices(Session& session) {
     std::vector<std::string> labels;
+    for (const auto& key : kKeys)
+        labels.emplace_back(key.name);
     for (const Text& label : session.PressableLabels())
         labels.push_back("\"" + ToUtf8(label) + "\"");
     return labels;
@@ -254,8 +267,8 @@ const Command kCommands[] = {
     {"show", Arguments::None, 0, DoShow, "", "draw the tab, dialog or message box that is up"},
     {"controls", Arguments::None, 0, DoControls, "", "list its controls for a program to read"},
     {"places", Arguments::None, 0, DoPlaces, "", "list where its controls stand, in dialog units"},
-    {"press", Arguments::WordOrLabel, 1, DoPress, "ID|\"LABEL\"",
-     "click a button, radio button or check box", LabelChoices},
+    {"press", Arguments::WordOrLabel, 1, DoPress, "ID|\"LABEL\"|KEY",
+     "click a button, radio button or check box; or press a key: enter, escape", PressChoices},
     {"type", Arguments::Rest, 2, DoType, "ID [TEXT]", "fill an edit; without a text: empty it"},
     {"select", Arguments::Rest, 2, DoSelect, "ID TEXT", "pick an entry of a list"},
     {"check", Arguments::RestAndWord, 3, DoCheck, "ID ROW on|off", "set a row's check box"},

@@ -390,6 +390,11 @@ void PressControl(HWND dialog, const Text& label) {
     PostMessageW(buttons.front().window, BM_CLICK, 0, 0);
 }
 
+void PressKey(HWND dialog, WPARAM key) {
+    const HWND focus = GetFocus();
+    PostMessageW(GetParent(focus) == dialog ? focus : dialog, WM_KEYDOWN, key, 0);
+}
+
 void TypeInto(HWND dialog, int id, const Text& text) {
     const Control control = Reach(dialog, id);
     if (control.kind != Class::Edit && control.kind != Class::RichEdit) RefuseKind(id, "edit");

@@ -79,6 +79,8 @@ std::string ListPlaces(HWND dialog);
 void PressControl(HWND dialog, int id);
 // By the label that is shown, in its own case; also refused when several buttons have it.
 void PressControl(HWND dialog, const Text& label);
+// VK_RETURN or VK_ESCAPE, in the control that has the focus.
+void PressKey(HWND dialog, WPARAM key);
 void TypeInto(HWND dialog, int id, const Text& text);
 void SelectEntry(HWND dialog, int id, const Text& text);
 void CheckRow(HWND dialog, int id, const Text& row, bool checked);

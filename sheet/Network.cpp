@@ -12,7 +12,7 @@ const Text kEnum = TEXT("SYSTEM\\CurrentControlSet\\Enum\\");
 const Text kNetConnections =
     TEXT("SYSTEM\\CurrentControlSet\\Control\\Network\\{4D36E972-E325-11CE-BFC1-08002BE10318}\\");
 const Text kBindings = TEXT("SOFTWARE\\StandIn\\NetCfg\\Bindings");
-// How the component ids of adapters that can carry VLANs and be in teams begin.
+// How the component ids of adapters begin that can carry VLANs or be in teams.
 constexpr TextView kCapable[] = {TEXT("TSR4\\Tessaron-"), TEXT("IBA\\Tessaron-")};
 
 Text TextIn(const Text& path, const WCHAR* value) {
@@ -21,8 +21,11 @@ Text TextIn(const Text& path, const WCHAR* value) {
     return key.ReadText(value).value_or(Text());
 }
 
-bool IsListed(const NetworkComponent& component, const NetworkTree& tree) {
+// An adapter of another kind is told of where it takes part: a server has many that don't.
+bool IsListed(const NetworkComponent& component, const NetworkTree& tree,
+              const std::set<Text>& bound) {
     if (component.isMiniport) return false;
+    if (bound.contains(component.guid)) return true;
     for (const TextView prefix : kCapable) {
         if (StartsWithNoCase(component.id, prefix)) return true;
     }
@@ -102,14 +105,17 @@ Network ReadNetwork() {
     const NetworkTree tree = ReadNetworkTree();
     const std::set<Text> up = InterfacesUp();
     Network network;
+    AddBindings(network);
+    std::set<Text> bound;
+    for (const auto& binding : network.bindings)
+        bound.insert(binding.guid);
     for (const NetworkComponent& component : tree.components) {
-        if (!IsListed(component, tree)) continue;
+        if (!IsListed(component, tree, bound)) continue;
         network.adapters.push_back(ReadAdapter(component));
         network.adapters.back().isUp = up.contains(component.guid);
     }
     AddTeams(network, tree, up);
     AddVlans(network, tree, up);
-    AddBindings(network);
     network.remnants = FindRemnants(tree);
     return network;
 }

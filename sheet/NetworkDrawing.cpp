@@ -62,7 +62,9 @@ class BindingRows {
     explicit BindingRows(const Network& network) {
         for (const auto& binding : network.bindings) {
             DrawnText& uppers = m_uppers[binding.guid][binding.isEnabled ? 0 : 1];
-            uppers += (uppers.empty() ? U"" : U", ") + Printable(binding.upper);
+            if (!uppers.empty()) uppers += U", ";
+            for (const char32_t point : Printable(binding.upper))
+                uppers += point == U',' ? U'→' : point;
         }
     }
     // Takes them; what stays belongs to nothing that is drawn.

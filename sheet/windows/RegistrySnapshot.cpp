@@ -16,6 +16,9 @@ constexpr const WCHAR* kLeftOut[] = {
     TEXT("SOFTWARE\\Classes"), TEXT("SYSTEM\\CurrentControlSet\\Control\\DeviceClasses"),
     TEXT("SYSTEM\\CurrentControlSet\\Enum"), TEXT("SOFTWARE\\StandIn\\Restarts")};
 
+// Of what is left out, what VLANs and teams are made of: their devices.
+constexpr TextView kMiniports = TEXT("SYSTEM\\CurrentControlSet\\Enum\\ROOT\\CVTA_MUXMP");
+
 bool IsLeftOut(const Text& path) {
     for (const WCHAR* const leftOut : kLeftOut) {
         if (EqualNoCase(path, leftOut)) return true;
@@ -23,16 +26,24 @@ bool IsLeftOut(const Text& path) {
     return false;
 }
 
-KeySnapshot Take(const Text& path) {
+// Leads to what is taken all the same.
+bool IsOnTheWay(const Text& path) {
+    return StartsWithNoCase(kMiniports, path + TEXT('\\'));
+}
+
+KeySnapshot Take(const Text& path, bool withAll = true) {
     KeySnapshot snapshot;
     const Key key(path);
     if (key.Status() != ERROR_SUCCESS) return snapshot;
-    for (Key::Value& value : key.Values())
-        snapshot.values.emplace(value.name, std::move(value));
+    if (withAll) {
+        for (Key::Value& value : key.Values())
+            snapshot.values.emplace(value.name, std::move(value));
+    }
     for (const Text& name : key.Subkeys()) {
         Text below = path;
         below.append(TEXT("\\")).append(name);
-        if (!IsLeftOut(below)) snapshot.subkeys.emplace(name, Take(below));
+        const bool isTaken = (withAll && !IsLeftOut(below)) || EqualNoCase(below, kMiniports);
+        if (isTaken || IsOnTheWay(below)) snapshot.subkeys.emplace(name, Take(below, isTaken));
     }
     return snapshot;
 }

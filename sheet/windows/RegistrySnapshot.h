@@ -21,9 +21,8 @@ struct KeySnapshot {
 };
 
 // SYSTEM\CurrentControlSet and SOFTWARE below HKEY_LOCAL_MACHINE, by their paths; left out are the
-// classes of programs, what the system itself keeps of devices, and what the machine counts of
-// restarts. A key that can't be read is as one
-// that isn't there.
+// classes of programs, what the system itself keeps of devices other than those of VLANs and teams,
+// and what the machine counts of restarts. A key that can't be read is as one that isn't there.
 std::map<Text, KeySnapshot, NameLess> TakeRegistrySnapshot();
 
 // The text of a machine file that makes of one the other when it is merged. Values stand in the

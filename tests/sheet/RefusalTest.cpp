@@ -34,7 +34,7 @@ TEST(Refusal, CommandsThatCannotBeDone) {
         {"press \"Run\"", "there is no button \"Run\""},
         {"press \"Run Tuning", "has no closing double quote"},
         {"press \"Dual port traffic\" # hidden or disabled", "control 1087 is disabled"},
-        {"press", "usage: press ID|\"LABEL\" (ID|\"LABEL\" is missing)"},
+        {"press", "usage: press ID|\"LABEL\"|KEY (ID|\"LABEL\"|KEY is missing)"},
         {"select 1086", "usage: select ID TEXT (TEXT is missing)"},
         {"check 1086 row", "usage: check ID ROW on|off (on|off is missing)"},
         {"at 100", "usage: at MS COMMAND (COMMAND is missing)"},
