@@ -13,8 +13,8 @@ namespace sheet {
 
 // GUIDs are texts of 38 characters in capitals, braces included.
 struct Network {
-    // A network adapter that can carry VLANs or be in a team, or that the tree of VLANs and teams or
-    // a binding path names.
+    // A network adapter that can carry VLANs or be in a team, or that the tree of VLANs and teams
+    // or a binding path names.
     struct Adapter {
         Text guid;
         Text name;         // its connection's; without one, what the driver calls it

@@ -17,7 +17,9 @@ const char* StateField(bool isUp) {
 }
 
 const char* RoleField(Network::Role role) {
-    return role == Network::Role::Active ? "Active" : role == Network::Role::Backup ? "Backup" : "-";
+    return role == Network::Role::Active   ? "Active"
+           : role == Network::Role::Backup ? "Backup"
+                                           : "-";
 }
 
 }  // namespace
@@ -25,8 +27,8 @@ const char* RoleField(Network::Role role) {
 std::string ListNetwork(const Network& network) {
     std::string lines;
     for (const auto& adapter : network.adapters)
-        lines += Line({"adapter", Field(adapter.guid), FieldOrDash(adapter.name),
-                       StateField(adapter.isUp)});
+        lines += Line(
+            {"adapter", Field(adapter.guid), FieldOrDash(adapter.name), StateField(adapter.isUp)});
     for (const auto& team : network.teams)
         lines += Line({"team", Field(team.guid), FieldOrDash(team.name), std::to_string(team.type),
                        FieldOrDash(team.primary)});

@@ -72,11 +72,12 @@ class RemnantSearch {
             const Text guid = GuidOfDevice(entry);
             const NetworkComponent* const component = m_tree.Component(guid);
             m_listed.insert(guid);
+            if (guid == team && !guid.empty()) continue;
             if (guid.empty()) {
                 Add(lower.guid, "an entry of UpperBindings that names no device: " + Quoted(entry));
             } else if (component == nullptr || !component->isMiniport) {
                 Add(guid, "an entry of UpperBindings of " + owner + " without its miniport");
-            } else if (guid != team && (component->teamName || m_tree.IsTeam(guid))) {
+            } else if (component->teamName || m_tree.IsTeam(guid)) {
                 Add(lower.guid, "an entry of UpperBindings for the team " + ToUtf8(guid) +
                                     " without membership");
             }
@@ -90,11 +91,10 @@ class RemnantSearch {
             Add(lower.guid, "a membership of " + Quoted(lower.teamDevice) + ", which is no team");
         } else if (!m_tree.IsTeam(team)) {
             Add(lower.guid, "a membership without its team, " + ToUtf8(team));
-        } else if (std::none_of(lower.entries.begin(), lower.entries.end(), [&](const Text& entry) {
-                       return GuidOfDevice(entry) == team;
-                   })) {
-            Add(lower.guid, "a membership of the team " + ToUtf8(team) +
-                                " without its entry in UpperBindings");
+        } else if (std::none_of(lower.entries.begin(), lower.entries.end(),
+                                [&](const Text& entry) { return GuidOfDevice(entry) == team; })) {
+            Add(lower.guid,
+                "a membership of the team " + ToUtf8(team) + " without its entry in UpperBindings");
         }
     }
 

@@ -94,8 +94,8 @@ std::map<Text, MemberState> QueryTeam(const Text& team) {
     for (std::size_t i = 0; i < count; ++i) {
         WCHAR text[39] = {};
         StringFromGUID2(reply.members[i].adapter, text, ARRAYSIZE(text));
-        members.emplace(GuidOf(text), MemberState{reply.members[i].isActive != 0,
-                                                  reply.members[i].isUp != 0});
+        members.emplace(GuidOf(text),
+                        MemberState{reply.members[i].isActive != 0, reply.members[i].isUp != 0});
     }
     return members;
 }

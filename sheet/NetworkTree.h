@@ -27,9 +27,9 @@ struct NetworkComponent {
 // The subkey of an adapter or team.
 struct LowerKey {
     Text guid;
-    std::vector<Text> entries;        // of UpperBindings
-    Text teamDevice;                  // of a team's member
-    std::optional<Text> teamName;     // these three only in a team's key
+    std::vector<Text> entries;     // of UpperBindings
+    Text teamDevice;               // of a team's member
+    std::optional<Text> teamName;  // these three only in a team's key
     std::optional<DWORD> teamType;
     std::optional<Text> teamGuid;
     Text primary;

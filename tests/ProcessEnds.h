@@ -14,7 +14,7 @@
 
 // Puts what is left into a fresh machine.
 struct Remains {
-    std::string registry;  // a machine file
+    std::string registry;                         // a machine file
     std::map<std::u16string, std::string> files;  // bytes by path
 
     void PutInto(platform::Machine& machine) const;

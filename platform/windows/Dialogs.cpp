@@ -152,8 +152,8 @@ bool HandleDialogKey(HWND dialog, const MSG& message) {
     if (message.message != WM_KEYDOWN || (!isEnter && message.wParam != VK_ESCAPE)) return false;
     Desktop& desktop = TheDesktop();
     MSG copy = message;
-    const LRESULT code = desktop.Send(message.hwnd, WM_GETDLGCODE, message.wParam,
-                                      reinterpret_cast<LPARAM>(&copy));
+    const LRESULT code =
+        desktop.Send(message.hwnd, WM_GETDLGCODE, message.wParam, reinterpret_cast<LPARAM>(&copy));
     if ((code & DLGC_WANTMESSAGE) != 0) return false;
     int id = IDCANCEL;
     if (isEnter) {

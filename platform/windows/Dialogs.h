@@ -73,9 +73,9 @@ HWND CreateDialogFrom(const DialogTemplate& given, HINSTANCE instance, HWND pare
 // Whether a window is another one or lies in it.
 bool IsWithin(HWND window, HWND other);
 
-// What the dialog manager makes of a key in a dialog or sheet: Enter presses the button that has the
-// focus, else the default button, else IDOK; Escape is IDCANCEL. False for any other message, and
-// when the window that has the focus wants the key itself.
+// What the dialog manager makes of a key in a dialog or sheet: Enter presses the button that has
+// the focus, else the default button, else IDOK; Escape is IDCANCEL. False for any other message,
+// and when the window that has the focus wants the key itself.
 bool HandleDialogKey(HWND dialog, const MSG& message);
 
 }  // namespace platform

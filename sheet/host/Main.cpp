@@ -34,8 +34,8 @@ constexpr int kExitStopped = 3;
     std::_Exit(kExitRefused);
 }
 
-// Ends the process as a power failure would: what is saved is the registry as it stands, and nothing
-// of the library or the machine runs any more.
+// Ends the process as a power failure would: what is saved is the registry as it stands, and
+// nothing of the library or the machine runs any more.
 [[noreturn]] void StopAt(const std::string& call, platform::Machine& machine,
                          const Options& options) {
     Print(call);

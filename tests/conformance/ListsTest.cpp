@@ -161,15 +161,13 @@ TEST_F(ListsTest, WhatAnEditTakes) {
         Text text;
     } cases[] = {
         {"digits alone are typed into a number", IDC_NUMBER,
-         [](HWND edit) { Type(edit, TEXT("1a-2.3")); },
-         TEXT("123")},
+         [](HWND edit) { Type(edit, TEXT("1a-2.3")); }, TEXT("123")},
         {"anything can replace its selection", IDC_NUMBER,
          [](HWND edit) {
              SendMessageW(edit, EM_REPLACESEL, TRUE, reinterpret_cast<LPARAM>(TEXT("x1")));
          },
          TEXT("x1")},
-        {"the limit stops the typing", IDC_TEXT,
-         [](HWND edit) { Type(edit, TEXT("abcdefg")); },
+        {"the limit stops the typing", IDC_TEXT, [](HWND edit) { Type(edit, TEXT("abcdefg")); },
          TEXT("abcde")},
         {"the limit cuts what replaces the selection", IDC_TEXT,
          [](HWND edit) {

@@ -109,7 +109,9 @@ TEST_F(WaitingTest, ASentMessageRunsInTheThreadOfItsWindow) {
 TEST_F(WaitingTest, AMutexIsWaitedForWhileSentMessagesAreAnswered) {
     Open(IDD_BUTTONS);
     int answered = 0;
-    on = [&](HWND, UINT message, WPARAM, LPARAM) -> INT_PTR { return message == WM_APP && ++answered; };
+    on = [&](HWND, UINT message, WPARAM, LPARAM) -> INT_PTR {
+        return message == WM_APP && ++answered;
+    };
     const HANDLE mutex = CreateMutexW(nullptr, FALSE, nullptr);
     const HANDLE owned = CreateEventW(nullptr, TRUE, FALSE, nullptr);
     {

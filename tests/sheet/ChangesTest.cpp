@@ -83,6 +83,30 @@ TEST(Changes, LeadBothWaysWithAControlSetByItsNumberAndNoFacts) {
                    "device TSR4\\Tessaron-ETH26_Eth\\6&1f0c66ab&0&01\n" + Session({"1087"}), true);
 }
 
+// A VLAN that comes, and a team that goes with its bindings.
+TEST(Changes, LeadBothWaysFromChangesOfTheNetwork) {
+    const Program program;
+    const std::string control = "HKEY_LOCAL_MACHINE\\SYSTEM\\CurrentControlSet\\";
+    const std::string net = "{4D36E972-E325-11CE-BFC1-08002BE10318}\\";
+    const std::string vlan = "{00000000-0000-0000-0000-00000000AAAA}";
+    const std::string team = "{3A8F61D5-7B24-4E9C-9105-C8E2D4B70F6A}";
+    const std::string adapters = control + "Services\\MUXP\\Parameters\\Adapters\\";
+    const std::string edits = program.Write(
+        "edits.reg",
+        kHeader + "[" + control + "Control\\Class\\" + net + "0099]\n\"NetCfgInstanceId\"=\"" +
+            vlan + "\"\n\"ComponentId\"=\"cvta_muxmp\"\n\"VlanID\"=hex(1):37,00,00,00,00,00\n[" +
+            control + "Control\\Network\\" + net + vlan + "\\Connection]\n\"Name\"=\"n\"\n[" +
+            control + "Enum\\ROOT\\CVTA_MUXMP\\0009]\n\"Service\"=\"MUXMP\"\n[-" + control +
+            "Enum\\ROOT\\CVTA_MUXMP\\0000]\n[" + adapters +
+            "{D60E4A9B-1F73-4C85-A2B8-03F6C97D5E1A}]\n\"UpperBindings\"=hex(7):41,00,00,00,00,00\n["
+            "-" +
+            adapters + team + "]\n[-HKEY_LOCAL_MACHINE\\SOFTWARE\\StandIn\\NetCfg\\Bindings\\" +
+            team + "]\n[HKEY_LOCAL_MACHINE\\SOFTWARE\\StandIn\\NetCfg\\Bindings\\" + vlan +
+            "]\n\"a->b\"=\"ms_tcpip;disabled\"\n");
+    ExpectBothWays(program, SOURCE_DIR "/samples/team-with-vlans.reg", "merge " + edits + "\n",
+                   true);
+}
+
 TEST(Changes, NothingButWhatHasChangedSinceTheSessionBegan) {
     const Program program;
     ExpectBothWays(program, program.Machine(), "open Performance\npress 1087\ncancel\n", false);

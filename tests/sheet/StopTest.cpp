@@ -10,11 +10,9 @@
 
 namespace {
 
-using namespace port_protocol;
-
 // What an end at each call of a change of both ports leaves behind.
 std::vector<ProcessEnds::End> EndsOfChange(const Sample& sample) {
-    PortProtocolTest test(sample);
+    port_protocol::PortProtocolTest test(sample);
     const ProcessEnds watch(test.machine);
     std::size_t opened = 0;
     test.OnTab([&] {
@@ -36,8 +34,9 @@ std::string Normal(const Remains& remains) {
 
 // A machine whose bus device has a sheet, in which no thread works by itself.
 Sample OneSheet() {
-    return Bus(kAll, "\"eth,eth\"").With(Sample::BusClassKey(),
-                          "\"EnumPropPages32\"=\"WinTsrTune_ipoib.dll,CvtPropPageProvider\"");
+    return port_protocol::Bus(port_protocol::kAll, "\"eth,eth\"")
+        .With(Sample::BusClassKey(),
+              "\"EnumPropPages32\"=\"WinTsrTune_ipoib.dll,CvtPropPageProvider\"");
 }
 
 TEST(Stop, LeavesWhatWasThereBeforeTheCall) {
@@ -51,10 +50,10 @@ TEST(Stop, LeavesWhatWasThereBeforeTheCall) {
     for (const std::size_t index : chosen) {
         SCOPED_TRACE(ends[index].call);
         const Program program(sample);
-        const auto result = program.Run(
-            "press 1074\npress 1084\napply\n",
-            {"--device", Sample::BusInstanceId(), "--stop-at", std::to_string(index + 1), "--save",
-             program.Path("saved.reg")});
+        const auto result =
+            program.Run("press 1074\npress 1084\napply\n",
+                        {"--device", Sample::BusInstanceId(), "--stop-at",
+                         std::to_string(index + 1), "--save", program.Path("saved.reg")});
         EXPECT_EQ(result.code, 3);
         EXPECT_EQ(result.err, "");
         const std::string call = ends[index].call;
