@@ -11,6 +11,7 @@ namespace {
 
 constexpr int kTextCapacity = 1024;  // characters of an entry or a cell
 constexpr int kMostColumns = 64;
+constexpr int kClosedListHeight = 14;  // dialog units
 
 Text WindowText(HWND window) {
     Text text(static_cast<std::size_t>(GetWindowTextLengthW(window)) + 1, TEXT('\0'));
@@ -46,6 +47,10 @@ Class KindOf(const Text& className, LONG style) {
         if (EqualNoCase(className, known.name)) return known.kind;
     }
     return Class::Other;
+}
+
+bool CanDropDown(LONG style) {
+    return (style & CBS_DROPDOWNLIST) != CBS_SIMPLE;
 }
 
 Place ToUnits(HWND dialog, const RECT& pixels) {
@@ -96,6 +101,9 @@ Control ReadControl(HWND dialog, HWND window) {
     if (control.kind != Class::Picture)
         control.text = ShownText(control.kind, control.style, WindowText(window));
     control.place = PlaceOf(dialog, window);
+    // The template's height is that of the open list, the window's own follows its font.
+    if (control.kind == Class::ComboBox && CanDropDown(control.style))
+        control.place.bottom = control.place.top + kClosedListHeight;
     control.isShown = (control.style & WS_VISIBLE) != 0;
     control.isEnabled = IsWindowEnabled(window) != FALSE;
     if (control.kind == Class::Button && IsCheckable(control.style))
@@ -206,7 +214,7 @@ std::optional<std::size_t> FindEntry(const Control& list, const Text& text) {
 
 // As with the keyboard, the control itself tells of the list's opening and closing.
 void SelectInComboBox(const Control& combo, const Text& text) {
-    const bool drops = (combo.style & CBS_DROPDOWNLIST) != CBS_SIMPLE;
+    const bool drops = CanDropDown(combo.style);
     if (drops) {
         SetFocus(combo.window);
         SendMessageW(combo.window, CB_SHOWDROPDOWN, TRUE, 0);
