@@ -21,8 +21,8 @@ struct Device {
     const char16_t* classKey;  // the end of its path
 };
 
-constexpr Device kTwoPorts = {"samples/two-port-ethernet.reg", "TSR4\\Tessaron-ETH26_Eth\\6&2A9F31C7&0&01",
-                              u"\\0011"};
+constexpr Device kTwoPorts = {"samples/two-port-ethernet.reg",
+                              "TSR4\\Tessaron-ETH26_Eth\\6&2A9F31C7&0&01", u"\\0011"};
 constexpr Device kOnePort = {"samples/single-port.reg", "TSR4\\Tessaron-ETH26_Eth\\6&30C15AE8&0&01",
                              u"\\0008"};
 
