@@ -58,6 +58,12 @@ inline auto Bindings(const std::vector<std::u16string>& guids) {
     return Value(REG_MULTI_SZ, list + u'\0');
 }
 
+// Values of the class key of a miniport.
+inline std::string MiniportValues(const std::u16string& guid) {
+    return "\"ComponentId\"=\"cvta_muxmp\"\n\"NetCfgInstanceId\"=\"" + platform::ToUtf8(guid) +
+           "\"";
+}
+
 struct LayerMachine : TestMachine {
     explicit LayerMachine(const Sample& theSample = Sample()) : TestMachine(theSample) {
         const platform::QuietScope quiet;

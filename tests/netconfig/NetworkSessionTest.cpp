@@ -202,7 +202,11 @@ TEST(NetworkSession, ReadsADeviceWhoeverHoldsTheLock) {
         GetAdapterDevNodeId(kA.c_str(), buffer);
         EXPECT_EQ(std::u16string(buffer), id);
         EXPECT_EQ(test.Now(), *lock ? 10U : 0U);
+        test.machine.trace.Start();
         GetAdapterDevNodeId(kA.c_str(), buffer, 5);
+        for (const char* call :
+             {"INetCfg::Apply", "INetCfg::Uninitialize", "INetCfgLock::ReleaseWriteLock"})
+            EXPECT_EQ(test.Calls(call), 1U) << call;
         EXPECT_EQ(std::u16string(buffer), id.substr(0, 4));
         EXPECT_TRUE(IsComponentUsable(kA.c_str()));
         EXPECT_FALSE(IsComponentUsable(kUnknown.c_str()));

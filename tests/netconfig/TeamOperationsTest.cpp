@@ -113,6 +113,8 @@ TEST(TeamOperations, WhatABackupHolds) {
         {"as long as can be read", many(5, 408), 4096, true},
         {"lost by its length", many(66, 30), 4098, false},
         {"the last one doesn't fit", many(63, 64), 2 * 4096, false},
+        {"one fills the buffer", many(1, 4094), 2 * 4096, false},
+        {"one is too long", many(1, 4095), 2 * (2 + 1), true},
     };
     for (const auto& row : rows) {
         SCOPED_TRACE(row.reason);
@@ -236,6 +238,36 @@ TEST(TeamOperations, ItsProtocolDecidesWhoFits) {
                           : "Adapter incompatible with Ethernet team (adapter-device-ID="
                             "'IBA\\Tessaron-IPOIB26_IPoIB'\n");
         EXPECT_EQ(test.Member(true, kFirst, isIpoib ? kB : kA), S_OK);
+    }
+}
+
+TEST(TeamOperations, ATeamIsWhatItsEntrySays) {
+    const struct {
+        const char* value;  // in place of one of a team that can be joined
+        HRESULT result;
+        bool keepsAddress;
+    } rows[] = {
+        {"\"L2Protocol\"=-", S_OK, true},
+        {"\"L2Protocol\"=dword:5", S_OK, true},
+        {"\"L2Protocol\"=dword:1", kRefusal, true},
+        {"\"L2Protocol\"=hex:01,02,03,04,05", E_FAIL, true},
+        {"\"FallBackToPrimary\"=-", E_FAIL, true},
+        {"\"TeamType\"=\"text\"", E_FAIL, true},
+        {"\"TeamMacAddress\"=hex:01,02,03,04,05", S_OK, false},
+        {"\"TeamMacAddress\"=hex:01,02,03,04,05,06,07", S_OK, false},
+    };
+    const std::string entry = kTree + platform::ToUtf8(kFirst);
+    for (const auto& row : rows) {
+        SCOPED_TRACE(row.value);
+        LayerMachine test(Sample()
+                              .With(entry,
+                                    "\"TeamName\"=\"t\"\n\"TeamType\"=dword:1\n"
+                                    "\"FallBackToPrimary\"=dword:1\n\"L2Protocol\"=dword:0\n"
+                                    "\"TeamMacAddress\"=hex:01,02,03,04,05,06")
+                              .With(entry, row.value)
+                              .With(kClass + "0020", MiniportValues(kFirst)));
+        EXPECT_EQ(test.Member(true, kFirst, kA), row.result);
+        EXPECT_EQ(test.Entry(kFirst, u"TeamMacAddress").has_value(), row.keepsAddress);
     }
 }
 

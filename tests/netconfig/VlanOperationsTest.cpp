@@ -7,6 +7,15 @@ namespace {
 
 const std::string kMade = "Miniport created with Guid = 7B1DCDAF-A839-4220-B465-B9A16A9E786E\n";
 constexpr char kCannotAdd[] = "Cannot add VLAN. Error in VLAN parameters\n";
+// A text with its terminator, as bytes in a machine file.
+std::string HexText(const std::string& text) {
+    constexpr char digits[] = "0123456789abcdef";
+    std::string bytes;
+    for (const char unit : text + '\0')
+        bytes += {digits[unit / 16], digits[unit % 16], ',', '0', '0', ','};
+    return bytes;
+}
+
 TEST(VlanOperations, AVlanIsMadeAndGoesAgain) {
     LayerMachine test;
     const std::u16string name(120, u'n');
@@ -206,6 +215,26 @@ TEST(VlanOperations, HostileListsAreWalkedToTheirEnd) {
         EXPECT_EQ(RemoveAllVlans(kA.c_str(), eL2_PROTOCOL_ETHERNET), S_OK);
         EXPECT_FALSE(test.Entry(kA, u"UpperBindings"));
     }
+}
+
+TEST(VlanOperations, WhatIsRemovedIsWhatTheListNames) {
+    // Two components with one GUID, which is there twice; and a team that is named by no GUID,
+    // while a component has a team's name that is empty.
+    const std::string device = "\\\\Device\\\\";
+    const std::string twice = "hex(7):" + HexText("\\Device\\" + platform::ToUtf8(kFirst)) +
+                              HexText("\\Device\\" + platform::ToUtf8(kFirst)) +
+                              HexText("\\Device\\x") + "00,00";
+    LayerMachine test(
+        Sample()
+            .With(kTree + Sample::Guid(1),
+                  "\"UpperBindings\"=" + twice + "\n\"TeamDeviceName\"=\"" + device + "x\"")
+            .With(kClass + "0020", MiniportValues(kFirst))
+            .With(kClass + "0021", MiniportValues(kFirst))
+            .With(kClass + "0022", MiniportValues(kSecond) + "\n\"TeamName\"=\"\""));
+    EXPECT_EQ(RemoveAllVlans(kA.c_str(), eL2_PROTOCOL_ETHERNET), S_OK);
+    EXPECT_FALSE(test.Parameter("0020", u"ComponentId"));
+    EXPECT_FALSE(test.Parameter("0021", u"ComponentId"));
+    EXPECT_TRUE(test.Parameter("0022", u"ComponentId"));
 }
 
 TEST(VlanOperations, CostTheSameForEachVlan) {
