@@ -3,6 +3,7 @@
 #include <gtest/gtest.h>
 
 #include <cstdint>
+#include <filesystem>
 
 #include "../hostile/Hostile.h"
 #include "MachineFile.h"
@@ -28,11 +29,11 @@ std::string SavedAfter(const Program& program, const std::string& machine,
 // After the session, its changes make the machine of the original, and undo makes the original of
 // the machine.
 void ExpectBothWays(const Program& program, const std::string& machine, const std::string& session,
-                    bool changesAnything) {
+                    bool changesAnything, std::vector<std::string> more = {}) {
     const std::string after = program.Path("after.reg");
+    more.insert(more.begin(), {machine, "--script", "-", "--save", after});
     const auto result =
-        program.RunWith({machine, "--script", "-", "--save", after},
-                        session + "changes\nchanges undo # the same, the other way\n");
+        program.RunWith(more, session + "changes\nchanges undo # the same, the other way\n");
     ASSERT_EQ(result.code, 0) << result.err;
     const std::size_t changes = result.out.find(kHeader);
     const std::size_t undo = result.out.find(kHeader, changes + 1);
@@ -83,28 +84,25 @@ TEST(Changes, LeadBothWaysWithAControlSetByItsNumberAndNoFacts) {
                    "device TSR4\\Tessaron-ETH26_Eth\\6&1f0c66ab&0&01\n" + Session({"1087"}), true);
 }
 
-// A VLAN that comes, and a team that goes with its bindings.
+// A VLAN comes, and a team goes with its bindings.
 TEST(Changes, LeadBothWaysFromChangesOfTheNetwork) {
     const Program program;
-    const std::string control = "HKEY_LOCAL_MACHINE\\SYSTEM\\CurrentControlSet\\";
-    const std::string net = "{4D36E972-E325-11CE-BFC1-08002BE10318}\\";
-    const std::string vlan = "{00000000-0000-0000-0000-00000000AAAA}";
+    std::filesystem::copy(SOURCE_DIR "/samples/drive", program.Path("c"),
+                          std::filesystem::copy_options::recursive);
     const std::string team = "{3A8F61D5-7B24-4E9C-9105-C8E2D4B70F6A}";
-    const std::string adapters = control + "Services\\MUXP\\Parameters\\Adapters\\";
     const std::string edits = program.Write(
         "edits.reg",
-        kHeader + "[" + control + "Control\\Class\\" + net + "0099]\n\"NetCfgInstanceId\"=\"" +
-            vlan + "\"\n\"ComponentId\"=\"cvta_muxmp\"\n\"VlanID\"=hex(1):37,00,00,00,00,00\n[" +
-            control + "Control\\Network\\" + net + vlan + "\\Connection]\n\"Name\"=\"n\"\n[" +
-            control + "Enum\\ROOT\\CVTA_MUXMP\\0009]\n\"Service\"=\"MUXMP\"\n[-" + control +
-            "Enum\\ROOT\\CVTA_MUXMP\\0000]\n[" + adapters +
-            "{D60E4A9B-1F73-4C85-A2B8-03F6C97D5E1A}]\n\"UpperBindings\"=hex(7):41,00,00,00,00,00\n["
-            "-" +
-            adapters + team + "]\n[-HKEY_LOCAL_MACHINE\\SOFTWARE\\StandIn\\NetCfg\\Bindings\\" +
-            team + "]\n[HKEY_LOCAL_MACHINE\\SOFTWARE\\StandIn\\NetCfg\\Bindings\\" + vlan +
-            "]\n\"a->b\"=\"ms_tcpip;disabled\"\n");
-    ExpectBothWays(program, SOURCE_DIR "/samples/team-with-vlans.reg", "merge " + edits + "\n",
-                   true);
+        kHeader +
+            "[-HKEY_LOCAL_"
+            "MACHINE\\SYSTEM\\CurrentControlSet\\Services\\MUXP\\Parameters\\Adapters\\" +
+            team +
+            "]\n[-HKEY_LOCAL_MACHINE\\SYSTEM\\CurrentControlSet\\Enum\\ROOT\\CVTA_MUXMP\\0000]\n" +
+            "[-HKEY_LOCAL_MACHINE\\SOFTWARE\\StandIn\\NetCfg\\Bindings\\" + team + "]\n");
+    ExpectBothWays(program, SOURCE_DIR "/samples/team-with-vlans.reg",
+                   "device TSR4\\Tessaron-ETH26_Eth\\6&30C15AE8&0&01\nopen VLAN\npress 1048\n"
+                   "type 1055 77\ntype 1043 New\npress enter\nmerge " +
+                       edits + "\n",
+                   true, {"--files", program.Path("c")});
 }
 
 TEST(Changes, NothingButWhatHasChangedSinceTheSessionBegan) {

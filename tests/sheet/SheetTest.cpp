@@ -3,6 +3,7 @@
 #include <gtest/gtest.h>
 
 #include <algorithm>
+#include <filesystem>
 
 #include "Program.h"
 #include "Text.h"
@@ -75,6 +76,40 @@ TEST(Registry, AKeyIsPrintedAsInAMachineFile) {
     const std::string key = "[HKEY_LOCAL_MACHINE\\SOFTWARE\\Kinds";
     EXPECT_EQ(program.Run("reg hklm\\SOFTWARE\\Kinds\\ # note\n").out,
               key + "]\n" + values + key + "\\A]\n" + key + "\\b]\n");
+}
+
+// A modal dialog, which takes the commands while it is open.
+TEST(Dialogs, TakeTextChoicesAndKeys) {
+    const Program program;
+    std::filesystem::copy(SOURCE_DIR "/samples/drive", program.Path("C"),
+                          std::filesystem::copy_options::recursive);
+    const auto run = [&](const std::string& commands) {
+        return program.RunWith({SOURCE_DIR "/samples/workstation.reg", "--device",
+                                "TSR4\\Tessaron-ETH26_Eth\\6&2A9F31C7&0&02", "--files",
+                                program.Path("C"), "--script", "-"},
+                               "open VLAN\npress 1048\n" + commands);
+    };
+    const std::string filled = "type 1043 Guests\ntype 1055 7\nselect 1048 5\n";
+    const struct {
+        std::string commands, seen;
+        int code;
+    } cases[] = {
+        {filled + "controls\n", "control | 1048 | ComboBox | 5 | shown,enabled\n", 0},
+        {filled + "controls\n", "entry | 1048 | 5 | selected\n", 0},
+        {filled + "show\n", "│  VLAN Priority:   [5____________________v]", 0},
+        {"press escape\ncontrols\n", "control | 1028 | SysListView32 |", 0},
+        {filled + "press enter\nrow 1028 Guests\ncontrols\n",
+         "row | 1028 | Guests | 7 | 5 | Down | selected\n", 0},
+        {filled + "press \"Cancel\"\nrow 1028 Guests\n", "", 2},
+        {"select 1048 9\n", "", 2},
+        {"ok\n", "", 2},
+        {"answer hold\npress enter\npress escape\n", "", 2},
+    };
+    for (const auto& row : cases) {
+        const auto result = run(row.commands);
+        EXPECT_EQ(result.code, row.code) << row.commands << result.err;
+        EXPECT_TRUE(Has(result.out, row.seen)) << row.commands << result.out;
+    }
 }
 
 TEST(Streams, LogOutputAndTraceStandApart) {
