@@ -88,7 +88,9 @@ void AddBindings(Network& network) {
         const Key paths(kBindings + TEXT("\\") + name);
         if (paths.Status() != ERROR_SUCCESS) continue;
         const Text guid = GuidOf(name).empty() ? name : GuidOf(name);
-        for (const Key::Value& path : paths.Values()) {
+        std::vector<Key::Value> values = paths.Values();
+        SortByName(values);
+        for (const Key::Value& path : values) {
             // "<upper component id>;enabled"
             const Text text = TextOf(path.data);
             const auto semicolon = text.rfind(TEXT(';'));

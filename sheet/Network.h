@@ -58,7 +58,7 @@ struct Network {
     std::vector<Team> teams;        // by GUID
     std::vector<Member> members;    // by adapter
     std::vector<Vlan> vlans;        // by lower GUID; newest first
-    std::vector<Binding> bindings;
+    std::vector<Binding> bindings;  // by GUID and token
     std::vector<Remnant> remnants;
 };
 

@@ -101,4 +101,10 @@ bool Key::Has(const WCHAR* name) const {
     return RegQueryValueExW(m_key, name, nullptr, nullptr, nullptr, nullptr) == ERROR_SUCCESS;
 }
 
+void SortByName(std::vector<Key::Value>& values) {
+    std::sort(values.begin(), values.end(), [](const Key::Value& a, const Key::Value& b) {
+        return CompareStringOrdinal(a.name.c_str(), -1, b.name.c_str(), -1, TRUE) == CSTR_LESS_THAN;
+    });
+}
+
 }  // namespace sheet

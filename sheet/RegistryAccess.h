@@ -47,4 +47,7 @@ class Key {
     LONG m_status;
 };
 
+// By their names, without regard to case. The registry has an order of its own, which says nothing.
+void SortByName(std::vector<Key::Value>& values);
+
 }  // namespace sheet

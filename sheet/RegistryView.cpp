@@ -95,10 +95,7 @@ std::string DescribeKey(TextView path) {
         "[HKEY_LOCAL_MACHINE" + (below.empty() ? std::string() : "\\" + ToUtf8(below));
     std::string description = root + "]\n";
     std::vector<Key::Value> values = key.Values();
-    // The registry has an order of its own, which says nothing.
-    std::sort(values.begin(), values.end(), [](const Key::Value& a, const Key::Value& b) {
-        return CompareStringOrdinal(a.name.c_str(), -1, b.name.c_str(), -1, TRUE) == CSTR_LESS_THAN;
-    });
+    SortByName(values);
     for (const Key::Value& value : values)
         description += DescribeValue(value);
     for (const Text& subkey : key.Subkeys())

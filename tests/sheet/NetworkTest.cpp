@@ -58,13 +58,13 @@ constexpr char kDrawing[] =
 Corvanta Tessaron Ethernet Adapter
 ├─ in team    Backbone                                        {3A8F61D5-7B24-4E9C-9105-C8E2D4B70F6A}
 ├─ bound      cvta_muxp
-└─ not bound  ms_tcpip, ms_tcpip6, ms_server→ms_netbt→ms_tcpip, bw_filter
+└─ not bound  bw_filter, ms_server→ms_netbt→ms_tcpip, ms_tcpip, ms_tcpip6
 
 ネットワーク                                           down   {A12F7E08-5D3C-4B9A-9C41-3E5F20D7B811}
 Corvanta Tessaron Ethernet Adapter #2
 ├─ in team    Backbone                                        {3A8F61D5-7B24-4E9C-9105-C8E2D4B70F6A}
 ├─ bound      cvta_muxp
-└─ not bound  ms_tcpip, ms_tcpip6, ms_server→ms_netbt→ms_tcpip, bw_filter
+└─ not bound  bw_filter, ms_server→ms_netbt→ms_tcpip, ms_tcpip, ms_tcpip6
 
 Local Area Connection 5                                up     {D60E4A9B-1F73-4C85-A2B8-03F6C97D5E1A}
 Corvanta Tessaron Ethernet Adapter #3
@@ -72,7 +72,7 @@ Corvanta Tessaron Ethernet Adapter #3
 │  └─ bound      ms_tcpip
 ├─ VLAN 10    日本語で書かれたとても長い…  priority -  up     {E85B20C7-D916-4F3A-8C4D-6A0173F9B2E4}
 │  └─ bound      ms_tcpip
-├─ bound      ms_tcpip, ms_server→ms_netbt→ms_tcpip, bw_filter, cvta_muxp
+├─ bound      bw_filter, cvta_muxp, ms_server→ms_netbt→ms_tcpip, ms_tcpip
 └─ not bound  ms_tcpip6
 
 Team Backbone                                          up     {3A8F61D5-7B24-4E9C-9105-C8E2D4B70F6A}
