@@ -10,9 +10,6 @@
 namespace platform {
 namespace {
 
-const NetText kEnabled = TEXT("enabled");
-const NetText kDisabled = TEXT("disabled");
-
 NetText PathsKey(const NetText& guid) {
     return FactPath(TEXT("NetCfg\\Bindings\\") + guid);
 }
@@ -22,18 +19,6 @@ NetText ProtocolToken(NetText protocol, const NetText& guid) {
 }
 
 }  // namespace
-
-std::optional<BindingPath> ParseBindingPath(std::basic_string_view<WCHAR> value) {
-    const auto fields = SplitFields(value, TEXT(';'));
-    if (fields.size() != 2) return std::nullopt;
-    BindingPath path;
-    path.uppers = SplitFields(fields[0], TEXT(','));
-    path.isEnabled = EqualNoCase(fields[1], kEnabled);
-    const bool isForm = !path.uppers.empty() &&
-                        std::ranges::none_of(path.uppers, &NetText::empty) &&
-                        (path.isEnabled || EqualNoCase(fields[1], kDisabled));
-    return isForm ? std::optional(path) : std::nullopt;
-}
 
 std::vector<BindingPath> ReadPathsAbove(const GUID& component) {
     std::vector<BindingPath> paths;
@@ -56,11 +41,12 @@ void WritePath(const BindingPath& path) {
     const auto now = value ? ParseBindingPath(*value) : std::nullopt;
     if (!now || now->isEnabled == path.isEnabled) return;
     const NetText uppers = value->substr(0, value->find(TEXT(';')) + 1);
-    WriteMachineText(key, path.token.c_str(), uppers + (path.isEnabled ? kEnabled : kDisabled));
+    WriteMachineText(key, path.token.c_str(),
+                     uppers + (path.isEnabled ? kPathEnabled : kPathDisabled));
 }
 
 void AddProtocolPaths(const NetText& protocol) {
-    const NetText value = protocol + TEXT(';') + kEnabled;
+    const NetText value = protocol + TEXT(';') + kPathEnabled;
     for (const NetComponentPtr& lower : ReadComponents(GUID_DEVCLASS_NET)) {
         if (EqualNoCase(lower->id, TEXT("cvta_muxmp"))) continue;
         const NetText guid = NetGuidText(lower->guid);

@@ -5,7 +5,7 @@
 
 #include <winnt.h>
 
-#include "Bindings.h"
+#include "BindingPath.h"
 #include "Facts.h"
 #include "Faults.h"
 #include "IpAddresses.h"
