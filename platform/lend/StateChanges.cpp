@@ -56,6 +56,9 @@ extern "C" BOOL WINAPI LentSetupDiCallClassInstaller(DI_FUNCTION function, HDEVI
     const auto& open = call.machine.Get<StateChanges>().open;
     const auto change = open.find({list, id});
     if (change == open.end()) return Fail(ERROR_NO_CLASSINSTALL_PARAMS);
-    call.machine.Get<DeviceStates>().Change(id, change->second);
+    // Wine gives ids in capitals; restarts are counted under the registry's own spelling.
+    DeviceTree& tree = call.machine.Get<DeviceTree>();
+    const DeviceId spelled = tree.Id(tree.Locate(id));
+    call.machine.Get<DeviceStates>().Change(spelled.empty() ? id : spelled, change->second);
     return TRUE;
 }
