@@ -85,7 +85,9 @@ void AddBindings(Network& network) {
     const Key key(kBindings);
     if (key.Status() != ERROR_SUCCESS) return;
     for (const Text& name : key.Subkeys()) {
-        const Key paths(kBindings + TEXT("\\") + name);
+        Text subkey = kBindings;
+        subkey.append(TEXT("\\")).append(name);
+        const Key paths(subkey);
         if (paths.Status() != ERROR_SUCCESS) continue;
         const Text guid = GuidOf(name).empty() ? name : GuidOf(name);
         std::vector<Key::Value> values = paths.Values();

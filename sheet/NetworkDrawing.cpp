@@ -220,7 +220,9 @@ class NetworkTreeDrawing {
             const DrawnText next = indent + (isLast ? U"   " : U"│  ");
             for (const DrawnText& line : row.lines) {
                 const bool isFirst = &line == &row.lines.front();
-                m_lines.push_back((isFirst ? indent + (isLast ? U"└─ " : U"├─ ") : next) + line);
+                DrawnText& drawn = m_lines.emplace_back(isFirst ? indent : next);
+                if (isFirst) drawn += isLast ? U"└─ " : U"├─ ";
+                drawn += line;
             }
             AddLines(row.below, next);
         }
