@@ -36,6 +36,7 @@ BEGIN {
     printf "\"DeviceDesc\"=\"Corvanta Tessaron Ethernet Adapter\"\n\"ClassGUID\"=\"%s\"\n", net
     printf "\"Driver\"=\"%s\\\\0011\"\n\"Service\"=\"cvta_eth6x\"\n", net
     key(class_key "0011")
+    printf "\"DriverDesc\"=\"Corvanta Tessaron Ethernet Adapter\"\n"
     printf "\"ComponentId\"=\"TSR4\\\\Tessaron-ETH26_Eth\"\n\"NetCfgInstanceId\"=\"%s\"\n%s", adapter, provider
     connection(adapter, "Local Area Connection 3", "TSR4\\\\Tessaron-ETH26_Eth\\\\6&2A9F31C7&0&01")
     key("SOFTWARE\\StandIn\\Interfaces\\" adapter)
