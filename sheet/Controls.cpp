@@ -49,10 +49,6 @@ Class KindOf(const Text& className, LONG style) {
     return Class::Other;
 }
 
-bool CanDropDown(LONG style) {
-    return (style & CBS_DROPDOWNLIST) != CBS_SIMPLE;
-}
-
 Place ToUnits(HWND dialog, const RECT& pixels) {
     RECT thousand = {0, 0, 1000, 1000};
     MapDialogRect(dialog, &thousand);
@@ -88,6 +84,60 @@ Text ShownText(Class kind, LONG style, const Text& text) {
     return shown;
 }
 
+std::string StateOf(const Control& control) {
+    std::string state = control.isShown ? "shown," : "hidden,";
+    state += control.isEnabled ? "enabled" : "disabled";
+    if (control.isChecked) state += *control.isChecked ? ",checked" : ",unchecked";
+    return state;
+}
+
+// For `row` and `entry` lines: the words that apply, or - for none.
+std::string StateOf(const std::optional<bool>& isChecked, bool isSelected) {
+    std::string state;
+    if (isChecked) state = *isChecked ? "checked" : "unchecked";
+    if (isSelected) state += state.empty() ? "selected" : ",selected";
+    return state.empty() ? "-" : state;
+}
+
+struct ListMessages {
+    UINT count;
+    UINT length;
+    UINT text;
+};
+constexpr ListMessages kComboBox = {CB_GETCOUNT, CB_GETLBTEXTLEN, CB_GETLBTEXT};
+constexpr ListMessages kListBox = {LB_GETCOUNT, LB_GETTEXTLEN, LB_GETTEXT};
+
+bool IsSelected(const Control& list, WPARAM index) {
+    if (list.kind == Class::ListBox && IsMultiple(list))
+        return SendMessageW(list.window, LB_GETSEL, index, 0) > 0;
+    const UINT message = list.kind == Class::ComboBox ? CB_GETCURSEL : LB_GETCURSEL;
+    return SendMessageW(list.window, message, 0, 0) == static_cast<LRESULT>(index);
+}
+
+Text CellOf(HWND list, int row, int column) {
+    WCHAR text[kTextCapacity] = {};
+    LVITEMW item = {};
+    item.iSubItem = column;
+    item.pszText = text;
+    item.cchTextMax = kTextCapacity;
+    SendMessageW(list, LVM_GETITEMTEXTW, static_cast<WPARAM>(row), reinterpret_cast<LPARAM>(&item));
+    return Text(item.pszText);
+}
+
+UINT ItemState(HWND list, int row, UINT mask) {
+    return static_cast<UINT>(SendMessageW(list, LVM_GETITEMSTATE, static_cast<WPARAM>(row), mask));
+}
+
+}  // namespace
+
+bool CanDropDown(LONG style) {
+    return (style & CBS_DROPDOWNLIST) != CBS_SIMPLE;
+}
+
+bool IsMultiple(const Control& list) {
+    return (list.style & (LBS_MULTIPLESEL | LBS_EXTENDEDSEL)) != 0;
+}
+
 Control ReadControl(HWND dialog, HWND window) {
     Control control = {};
     control.window = window;
@@ -114,153 +164,6 @@ Control ReadControl(HWND dialog, HWND window) {
 std::string NameOf(const Control& control) {
     return control.id ? std::to_string(*control.id) : std::string("-");
 }
-
-std::string StateOf(const Control& control) {
-    std::string state = control.isShown ? "shown," : "hidden,";
-    state += control.isEnabled ? "enabled" : "disabled";
-    if (control.isChecked) state += *control.isChecked ? ",checked" : ",unchecked";
-    return state;
-}
-
-// For `row` and `entry` lines: the words that apply, or - for none.
-std::string StateOf(const std::optional<bool>& isChecked, bool isSelected) {
-    std::string state;
-    if (isChecked) state = *isChecked ? "checked" : "unchecked";
-    if (isSelected) state += state.empty() ? "selected" : ",selected";
-    return state.empty() ? "-" : state;
-}
-
-struct ListMessages {
-    UINT count;
-    UINT length;
-    UINT text;
-};
-constexpr ListMessages kComboBox = {CB_GETCOUNT, CB_GETLBTEXTLEN, CB_GETLBTEXT};
-constexpr ListMessages kListBox = {LB_GETCOUNT, LB_GETTEXTLEN, LB_GETTEXT};
-
-bool IsMultiple(const Control& list) {
-    return (list.style & (LBS_MULTIPLESEL | LBS_EXTENDEDSEL)) != 0;
-}
-
-bool IsSelected(const Control& list, WPARAM index) {
-    if (list.kind == Class::ListBox && IsMultiple(list))
-        return SendMessageW(list.window, LB_GETSEL, index, 0) > 0;
-    const UINT message = list.kind == Class::ComboBox ? CB_GETCURSEL : LB_GETCURSEL;
-    return SendMessageW(list.window, message, 0, 0) == static_cast<LRESULT>(index);
-}
-
-Text CellOf(HWND list, int row, int column) {
-    WCHAR text[kTextCapacity] = {};
-    LVITEMW item = {};
-    item.iSubItem = column;
-    item.pszText = text;
-    item.cchTextMax = kTextCapacity;
-    SendMessageW(list, LVM_GETITEMTEXTW, static_cast<WPARAM>(row), reinterpret_cast<LPARAM>(&item));
-    return Text(item.pszText);
-}
-
-UINT ItemState(HWND list, int row, UINT mask) {
-    return static_cast<UINT>(SendMessageW(list, LVM_GETITEMSTATE, static_cast<WPARAM>(row), mask));
-}
-
-void SetItemState(HWND list, int row, UINT state, UINT mask) {
-    LVITEMW item = {};
-    item.state = state;
-    item.stateMask = mask;
-    SendMessageW(list, LVM_SETITEMSTATE, static_cast<WPARAM>(row), reinterpret_cast<LPARAM>(&item));
-}
-
-// Refuses a control that a person couldn't work with.
-void ExpectUsable(HWND dialog, const Control& control) {
-    const std::string name = "control " + NameOf(control);
-    if (!control.isShown) throw Refusal{name + " is hidden"};
-    if (!control.isEnabled) throw Refusal{name + " is disabled"};
-    for (HWND above = dialog; above != nullptr; above = GetParent(above)) {
-        if (!IsWindowEnabled(above)) throw Refusal{name + " is blocked by another window"};
-        if ((GetWindowLongPtrW(above, GWL_STYLE) & WS_CHILD) == 0) break;
-    }
-}
-
-// The control of that id, when a person could work with it.
-Control Reach(HWND dialog, int id) {
-    const HWND window = GetDlgItem(dialog, id);
-    if (window == nullptr) throw Refusal{"there is no control " + std::to_string(id)};
-    Control control = ReadControl(dialog, window);
-    ExpectUsable(dialog, control);
-    return control;
-}
-
-[[noreturn]] void RefuseKind(int id, const char* wanted) {
-    throw Refusal{"control " + std::to_string(id) + " is no " + wanted};
-}
-
-void Notify(const Control& control, WORD code) {
-    const HWND dialog = GetParent(control.window);
-    SendMessageW(dialog, WM_COMMAND, MAKEWPARAM(static_cast<WORD>(*control.id), code),
-                 reinterpret_cast<LPARAM>(control.window));
-}
-
-std::optional<std::size_t> FindEntry(const Control& list, const Text& text) {
-    const auto entries = EntriesOf(list);
-    for (std::size_t i = 0; i < entries.size(); ++i) {
-        if (entries[i].text == text) return i;
-    }
-    return std::nullopt;
-}
-
-[[noreturn]] void RefuseEntry(const Control& list, const Text& text) {
-    throw Refusal{"control " + NameOf(list) + " has no entry \"" + ToUtf8(text) + "\""};
-}
-
-// As with the keyboard, the control itself tells of the list's opening and closing.
-void SelectInComboBox(const Control& combo, const Text& text) {
-    const bool drops = CanDropDown(combo.style);
-    if (drops) {
-        SetFocus(combo.window);
-        SendMessageW(combo.window, CB_SHOWDROPDOWN, TRUE, 0);
-    }
-    // A dialog may fill the list when it drops down.
-    const std::optional<std::size_t> index = FindEntry(combo, text);
-    if (index) {
-        SendMessageW(combo.window, CB_SETCURSEL, *index, 0);
-        Notify(combo, CBN_SELCHANGE);
-    }
-    if (drops) SendMessageW(combo.window, WM_KEYDOWN, index ? VK_RETURN : VK_ESCAPE, 0);
-    if (!index) RefuseEntry(combo, text);
-}
-
-void SelectInListBox(const Control& list, const Text& text) {
-    const std::optional<std::size_t> index = FindEntry(list, text);
-    if (!index) RefuseEntry(list, text);
-    if (IsMultiple(list)) {
-        SendMessageW(list.window, LB_SETSEL, TRUE, static_cast<LPARAM>(*index));
-    } else {
-        SendMessageW(list.window, LB_SETCURSEL, *index, 0);
-    }
-    if ((list.style & LBS_NOTIFY) != 0) Notify(list, LBN_SELCHANGE);
-}
-
-struct ListViewRow {
-    HWND list;
-    LONG style;
-    bool hasCheckBoxes;
-    int index;
-    int count;
-};
-
-ListViewRow FindRow(HWND dialog, int id, const Text& text) {
-    const Control list = Reach(dialog, id);
-    if (list.kind != Class::ListView) RefuseKind(id, "list view");
-    const auto rows = RowsOf(list);
-    for (std::size_t i = 0; i < rows.size(); ++i) {
-        if (rows[i].columns.front() != text) continue;
-        return {list.window, list.style, rows[i].isChecked.has_value(), static_cast<int>(i),
-                static_cast<int>(rows.size())};
-    }
-    throw Refusal{"control " + std::to_string(id) + " has no row \"" + ToUtf8(text) + "\""};
-}
-
-}  // namespace
 
 int WidthOf(HWND dialog) {
     RECT pixels = {};
@@ -370,70 +273,6 @@ std::vector<Text> ButtonLabels(HWND dialog) {
             labels.push_back(control.text);
     }
     return labels;
-}
-
-void PressControl(HWND dialog, int id) {
-    const Control control = Reach(dialog, id);
-    if (control.kind != Class::Button) RefuseKind(id, "button");
-    PostMessageW(control.window, BM_CLICK, 0, 0);
-}
-
-void PressControl(HWND dialog, const Text& label) {
-    std::vector<Control> buttons = ControlsOf(dialog);
-    std::erase_if(buttons, [&](const Control& control) {
-        return control.kind != Class::Button || control.text != label;
-    });
-    // A hidden one is only meant where no other has that label.
-    if (std::any_of(buttons.begin(), buttons.end(),
-                    [](const Control& control) { return control.isShown; }))
-        std::erase_if(buttons, [](const Control& control) { return !control.isShown; });
-    if (buttons.empty()) throw Refusal{"there is no button \"" + ToUtf8(label) + "\""};
-    if (buttons.size() > 1) {
-        std::string ids;
-        for (const Control& control : buttons)
-            ids += (ids.empty() ? "" : ", ") + NameOf(control);
-        throw Refusal{"several buttons are labelled \"" + ToUtf8(label) + "\": " + ids};
-    }
-    ExpectUsable(dialog, buttons.front());
-    PostMessageW(buttons.front().window, BM_CLICK, 0, 0);
-}
-
-void PressKey(HWND dialog, WPARAM key) {
-    const HWND focus = GetFocus();
-    PostMessageW(GetParent(focus) == dialog ? focus : dialog, WM_KEYDOWN, key, 0);
-}
-
-void TypeInto(HWND dialog, int id, const Text& text) {
-    const Control control = Reach(dialog, id);
-    if (control.kind != Class::Edit && control.kind != Class::RichEdit) RefuseKind(id, "edit");
-    if ((control.style & ES_READONLY) != 0)
-        throw Refusal{"control " + std::to_string(id) + " is read-only"};
-    // Replaced rather than set: so the control keeps to its limit and tells its dialog.
-    SendMessageW(control.window, EM_SETSEL, 0, -1);
-    SendMessageW(control.window, EM_REPLACESEL, TRUE, reinterpret_cast<LPARAM>(text.c_str()));
-}
-
-void SelectEntry(HWND dialog, int id, const Text& text) {
-    const Control control = Reach(dialog, id);
-    if (control.kind == Class::ComboBox) return SelectInComboBox(control, text);
-    if (control.kind == Class::ListBox) return SelectInListBox(control, text);
-    RefuseKind(id, "list");
-}
-
-void CheckRow(HWND dialog, int id, const Text& text, bool checked) {
-    const ListViewRow row = FindRow(dialog, id, text);
-    if (!row.hasCheckBoxes) throw Refusal{"control " + std::to_string(id) + " has no check boxes"};
-    SetItemState(row.list, row.index, (checked ? 2U : 1U) << 12, LVIS_STATEIMAGEMASK);
-}
-
-void SelectRow(HWND dialog, int id, const Text& text) {
-    const ListViewRow row = FindRow(dialog, id, text);
-    constexpr UINT kMark = LVIS_SELECTED | LVIS_FOCUSED;
-    for (int i = 0; i < row.count; ++i) {
-        if (i != row.index && ItemState(row.list, i, kMark) != 0)
-            SetItemState(row.list, i, 0, kMark);
-    }
-    SetItemState(row.list, row.index, kMark, kMark);
 }
 
 }  // namespace sheet

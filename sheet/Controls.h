@@ -55,6 +55,14 @@ struct Row {
     std::optional<bool> isChecked;  // when the list has check boxes
 };
 
+Control ReadControl(HWND dialog, HWND window);
+// The id as it is printed; - for none.
+std::string NameOf(const Control& control);
+// Of a combo box with that style.
+bool CanDropDown(LONG style);
+// Several entries of a list box can be selected.
+bool IsMultiple(const Control& list);
+
 // A dialog's width in its units.
 int WidthOf(HWND dialog);
 // In the template's order.
