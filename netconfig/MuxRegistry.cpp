@@ -1,5 +1,6 @@
 #include "MuxRegistry.h"
 
+#include <algorithm>
 #include <cstring>
 #include <new>
 #include <string_view>
@@ -73,13 +74,18 @@ LONG HrRemoveUpperBinding(const RegistryKey& entry, LPCWSTR deviceName) {
     size_t all = 1;  // characters of the list as it should be stored
     for (const LPCWSTR text : list)
         all += Text(text).size() + 1;
-    const std::unique_ptr<WCHAR[]> kept(new (std::nothrow) WCHAR[all]());
+    const size_t capacity = std::max<size_t>(all, list.Size() / sizeof(WCHAR) + 1);
+    const std::unique_ptr<WCHAR[]> kept(new (std::nothrow) WCHAR[capacity]());
     if (!kept) return ERROR_NOT_ENOUGH_MEMORY;
     const size_t left = CopyOthers(list, deviceName, kept.get());
     if (left == all) return ERROR_SUCCESS;
     if (left == 1) return entry.DeleteValue(kUpperBindings);
-    return entry.WriteBytes(kUpperBindings, REG_MULTI_SZ, kept.get(),
-                            static_cast<DWORD>(left * sizeof(WCHAR)));
+    // One entry makes the value shorter by its own size: zeros stay for what was behind the list.
+    DWORD size = static_cast<DWORD>(left * sizeof(WCHAR));
+    const size_t entrySize = (Text(deviceName).size() + 1) * sizeof(WCHAR);
+    if ((all - left) * sizeof(WCHAR) == entrySize && list.Size() > size + entrySize)
+        size = list.Size() - static_cast<DWORD>(entrySize);
+    return entry.WriteBytes(kUpperBindings, REG_MULTI_SZ, kept.get(), size);
 }
 
 LONG CreateMuxEntry(REFGUID lower, RegistryKey& entry, bool* created) {

@@ -16,7 +16,7 @@ using TextView = std::basic_string_view<WCHAR>;
 constexpr LPCWSTR kPriorities[] = {TEXT("0"), TEXT("1"), TEXT("2"), TEXT("3"),
                                    TEXT("4"), TEXT("5"), TEXT("6"), TEXT("7")};
 constexpr WPARAM kTextLimit = 250;  // characters that a field takes
-constexpr size_t kNameLimit = 99;   // characters of a name that can be stored and read back
+constexpr int kNameLimit = 99;      // characters of a name that can be stored and read back
 constexpr int kLeastId = 1;
 constexpr int kMostId = 4095;
 constexpr WCHAR kLeastIdText[] = TEXT("1");
@@ -74,11 +74,9 @@ void VlanEditDialog::OnOk() {
     VlanSettings settings;
     ReadComboBoxText(Control(IDC_VLAN_PRIORITY), settings.priority, ARRAYSIZE(settings.priority));
     GetWindowTextW(Control(IDC_VLAN_ID), settings.id, ARRAYSIZE(settings.id));
-    GetWindowTextW(Control(IDC_VLAN_NAME), settings.name, ARRAYSIZE(settings.name));
-    const bool differs = !EqualSettings(settings, m_settings);
-    settings.name[kNameLimit] = 0;
+    GetWindowTextW(Control(IDC_VLAN_NAME), settings.name, kNameLimit + 1);
     m_hasChanged = false;
-    if (!Validate(settings, differs)) return;
+    if (!Validate(settings)) return;
     m_settings = settings;
     End(IDC_VLAN_OK);
 }
@@ -87,12 +85,11 @@ void VlanEditDialog::OnCancel() {
     End(IDC_VLAN_CANCEL);
 }
 
-// differs: from the settings at the start, which needn't be looked for among the VLANs.
-bool VlanEditDialog::Validate(const VlanSettings& settings, bool differs) {
+bool VlanEditDialog::Validate(const VlanSettings& settings) {
     if (settings.name[0] == 0) return Refuse(IDS_VLAN_INVALID_VALUES, IDC_VLAN_NAME);
     if (settings.id[0] == 0) return Refuse(IDS_VLAN_INVALID_VALUES, IDC_VLAN_ID);
     if (settings.priority[0] == 0) return Refuse(IDS_VLAN_INVALID_VALUES, IDC_VLAN_PRIORITY);
-    if (differs) {
+    if (!EqualSettings(settings, m_settings)) {
         m_hasChanged = true;
         const bool isIdTaken = IsTaken(&VlanSettings::id, settings.id);
         const bool isNameTaken = IsTaken(&VlanSettings::name, settings.name);

@@ -26,7 +26,7 @@ class VlanEditDialog final : public ModalDialog {
 
     void OnOk();
     void OnCancel();
-    bool Validate(const VlanSettings& settings, bool differs);
+    bool Validate(const VlanSettings& settings);
     bool Refuse(UINT message, int field, std::initializer_list<LPCWSTR> arguments = {});
     bool IsTaken(VlanSettings::Text VlanSettings::*setting, LPCWSTR text) const;
 

@@ -50,7 +50,7 @@ TEST(MuxRegistry, BindingsArePutInFrontAndTakenOut) {
         {"no end of the list", HexValue(7, b + a), 0, a + b + a, 0, b + kZ},
         {"no end of the text", HexValue(7, b + kName), 0, a + b + kName, 0, b + kZ},
         {"data behind the end", HexValue(7, a + b + kZ + a + kZ), 0, a + a + b + kZ + a + kZ, 0,
-         b + kZ},
+         b + std::u16string(a.size() + 2, 0)},
         {"not there, without an end", HexValue(7, b), 0, a + b, 0, b},
         {"of another type", HexValue(1, b), 0, a + b, 0, b},
     };
