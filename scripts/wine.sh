@@ -39,7 +39,10 @@ new_prefix() {
     start_prefix "$1"
     WINEPREFIX=$1 "$wine" wineboot -i >/dev/null 2>&1
     # What it brings itself would stand among the values of a sample.
-    WINEPREFIX=$1 "$wine" reg delete 'HKLM\System\CurrentControlSet\Services\Tcpip\Parameters' /f >/dev/null 2>&1
+    local key
+    for key in Services\\Tcpip\\Parameters Enum\\ROOT; do
+        WINEPREFIX=$1 "$wine" reg delete "HKLM\\System\\CurrentControlSet\\$key" /f >/dev/null 2>&1
+    done
     local code=0
     WINEPREFIX=$1 "$wine" reg add 'HKCU\Software\Wine\Drivers' /v Graphics /d null /f >/dev/null 2>&1 || code=$no_wine
     end_prefix "$1"
@@ -63,16 +66,27 @@ end_prefix() {
     WINEPREFIX=$1 wineserver -w
 }
 
-# wine_version SAMPLE: how Wine names the version that a machine file gives.
-wine_version() {
-    local version
+# version SAMPLE: the version and product type that a machine file gives, where Wine looks for its own.
+version() {
+    local version product
     version=$(sed -n 's/^"\(Version\|CurrentVersion\)"="\([0-9.]*\)".*/\2/p' "$1" | head -n 1)
-    case $version in
-        5.*) echo winxp ;;
-        6.0) echo vista ;;
-        6.1) echo win7 ;;
-        *) echo win8 ;;
+    product=$(sed -n 's/^"ProductType"=//p' "$1" | tr -d '\r' | head -n 1)
+    case $product in
+        dword:00000001 | '') product='"WinNT"' ;;
+        dword:00000002) product='"LanmanNT"' ;;
+        dword:*) product='"ServerNT"' ;;
     esac
+    cat <<END
+
+[HKEY_LOCAL_MACHINE\Software\Microsoft\Windows NT\CurrentVersion]
+"CurrentVersion"="${version:-6.2}"
+"CurrentBuildNumber"="9200"
+"CurrentMajorVersionNumber"=-
+"CurrentMinorVersionNumber"=-
+
+[HKEY_LOCAL_MACHINE\System\CurrentControlSet\Control\ProductOptions]
+"ProductType"=$product
+END
 }
 
 # import_sample SAMPLE SCRATCH SHEET: the machine file, with the version that it names, becomes that
@@ -80,6 +94,6 @@ wine_version() {
 # takes.
 import_sample() {
     "$3" "$1" --script - --save "$2" </dev/null || return 1
-    printf '\n[HKEY_CURRENT_USER\\Software\\Wine]\n"Version"="%s"\n' "$(wine_version "$1")" | sed 's/$/\r/' | iconv -t UTF-16LE >>"$2"
+    version "$1" | sed 's/$/\r/' | iconv -t UTF-16LE >>"$2"
     "$wine" regedit /S "$(windows_path "$2")" 2>/dev/null || return $no_wine
 }
