@@ -5,13 +5,26 @@
 #include <mutex>
 
 #include "Call.h"
+#include "Unlocked.h"
 
 namespace platform {
 namespace {
 
+thread_local int t_depth = 0;  // of this thread's Calls
+
 std::recursive_mutex& Lock() {
     static std::recursive_mutex lock;
     return lock;
+}
+
+void TakeLock() {
+    Lock().lock();
+    ++t_depth;
+}
+
+void GiveLock() {
+    --t_depth;
+    Lock().unlock();
 }
 
 }  // namespace
@@ -31,11 +44,16 @@ Machine& Machine::Current() {
 }
 
 Call::Call(const char* name, const WCHAR*, DWORD) : machine(Machine::Current()), m_name(name) {
-    Lock().lock();
+    TakeLock();
 }
 
 Call::~Call() {
-    Lock().unlock();
+    GiveLock();
+}
+
+// No call fails by a fault.
+HRESULT Call::Result() const {
+    return S_OK;
 }
 
 void Call::SetLast(DWORD error) {
@@ -43,11 +61,21 @@ void Call::SetLast(DWORD error) {
 }
 
 QuietScope::QuietScope() {
-    Lock().lock();
+    TakeLock();
 }
 
 QuietScope::~QuietScope() {
-    Lock().unlock();
+    GiveLock();
+}
+
+UnlockedScope::UnlockedScope() : m_depth(t_depth) {
+    while (t_depth > 0)
+        GiveLock();
+}
+
+UnlockedScope::~UnlockedScope() {
+    while (t_depth < m_depth)
+        TakeLock();
 }
 
 }  // namespace platform

@@ -5,6 +5,8 @@
 // A thread waits here by looking at its objects again and again, with the lock held, so that a wait
 // never ends unnoticed between two looks.
 
+#include "Waits.h"
+
 #include <algorithm>
 #include <chrono>
 #include <condition_variable>
@@ -17,6 +19,7 @@
 
 #include "Call.h"
 #include "Clock.h"
+#include "Unlocked.h"
 
 using platform::Call;
 using platform::Clock;
@@ -141,6 +144,20 @@ DWORD Wait(DWORD milliseconds, const Look& look) {
     return isHolder ? WaitAsHolder(due, look) : WaitAsThread(due, look);
 }
 
+// Asks again and again for so long in the system.
+DWORD Ask(const std::function<bool()>& isOver, DWORD milliseconds) {
+    const ULONGLONG start = GetTickCount64();
+    for (;;) {
+        {
+            const platform::QuietScope quiet;
+            if (isOver()) return WAIT_OBJECT_0;
+        }
+        if (milliseconds != INFINITE && GetTickCount64() - start >= milliseconds)
+            return WAIT_TIMEOUT;
+        Sleep(static_cast<DWORD>(kLookEvery.count()));
+    }
+}
+
 struct Start {
     LPTHREAD_START_ROUTINE routine;
     LPVOID parameter;
@@ -154,6 +171,11 @@ DWORD WINAPI RunThread(LPVOID start) {
 }
 
 }  // namespace
+
+bool platform::WaitUntil(const std::function<bool()>& isOver, DWORD milliseconds) {
+    const UnlockedScope unlocked;
+    return Wait(milliseconds, [&isOver](DWORD time) { return Ask(isOver, time); }) == WAIT_OBJECT_0;
+}
 
 extern "C" HANDLE WINAPI LentCreateThread(LPSECURITY_ATTRIBUTES attributes, SIZE_T stack,
                                           LPTHREAD_START_ROUTINE routine, LPVOID parameter,

@@ -45,6 +45,7 @@ class ComObject : public First::Type, public Others::Type... {
     ULONG STDMETHODCALLTYPE Release() override {
         const ULONG left = --m_references;
         if (left == 0) {
+            const QuietScope quiet;
             Machine::Current().ledger.Strike(kind, this);
             delete this;
         }
