@@ -46,8 +46,8 @@ struct Branch {
 };
 
 // name and detail are cut where the next part begins.
-Branch Row(const DrawnText& kind, const DrawnText& name, const DrawnText& detail,
-           const DrawnText& state, const Text& guid) {
+Branch TreeRow(const DrawnText& kind, const DrawnText& name, const DrawnText& detail,
+               const DrawnText& state, const Text& guid) {
     DrawnText line = Shortened(kind, kRowNameColumn - 4);
     PutAt(line, kRowNameColumn - 3, Shortened(name, kRowDetailColumn - kRowNameColumn - 1));
     PutAt(line, kRowDetailColumn - 3, Shortened(detail, kRowStateColumn - kRowDetailColumn - 1));
@@ -147,7 +147,7 @@ class NetworkTreeDrawing {
             m_lines.push_back(Shortened(Printable(adapter.description), kTreeWidth));
         std::vector<Branch> rows;
         for (const Text* const team : m_teamsOf[adapter.guid])
-            rows.push_back(Row(U"in team", NameOf(*team), {}, {}, *team));
+            rows.push_back(TreeRow(U"in team", NameOf(*team), {}, {}, *team));
         AddCommonRows(rows, adapter.guid);
         AddLines(rows, {});
     }
@@ -160,9 +160,9 @@ class NetworkTreeDrawing {
         std::vector<Branch> rows;
         for (const auto* const member : m_membersOf[team.guid]) {
             constexpr const char32_t* kRoles[] = {U"-", U"Active", U"Backup"};
-            rows.push_back(Row(U"member", NameOf(member->adapter),
-                               kRoles[static_cast<int>(member->role)], DrawnState(member->isUp),
-                               member->adapter));
+            rows.push_back(TreeRow(U"member", NameOf(member->adapter),
+                                   kRoles[static_cast<int>(member->role)], DrawnState(member->isUp),
+                                   member->adapter));
         }
         AddCommonRows(rows, team.guid);
         AddLines(rows, {});
@@ -171,9 +171,9 @@ class NetworkTreeDrawing {
     // What an adapter and a team have alike.
     void AddCommonRows(std::vector<Branch>& rows, const Text& guid) {
         for (const auto* const vlan : m_vlans[guid]) {
-            rows.push_back(Row(U"VLAN " + Shown(vlan->id), Shown(vlan->name),
-                               U"priority " + Shown(vlan->priority), DrawnState(vlan->isUp),
-                               vlan->guid));
+            rows.push_back(TreeRow(U"VLAN " + Shown(vlan->id), Shown(vlan->name),
+                                   U"priority " + Shown(vlan->priority), DrawnState(vlan->isUp),
+                                   vlan->guid));
             m_bindings.MoveTo(vlan->guid, 2, rows.back().below);
         }
         m_vlans.erase(guid);

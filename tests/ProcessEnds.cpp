@@ -27,10 +27,21 @@ void AddFiles(platform::Drive& drive, const std::u16string& directory,
 
 }  // namespace
 
+Remains Remains::Of(platform::Machine& machine) {
+    Remains remains = {platform::FormatRegistry(machine.Get<platform::Registry>().Tree()), {}};
+    AddFiles(machine.Get<platform::Drive>(), u"C:\\", remains.files);
+    return remains;
+}
+
 void Remains::PutInto(platform::Machine& machine) const {
     const platform::QuietScope quiet;
     const auto error = platform::LoadMachineFile(machine, registry);
     EXPECT_FALSE(error.has_value()) << error->line << ": " << error->message;
+    PutFilesInto(machine);
+}
+
+void Remains::PutFilesInto(platform::Machine& machine) const {
+    const platform::QuietScope quiet;
     for (const auto& [path, bytes] : files)
         EXPECT_TRUE(machine.Get<platform::Drive>().WriteWholeFile(path, bytes));
 }

@@ -12,12 +12,15 @@
 
 #include "Machine.h"
 
-// Puts what is left into a fresh machine.
+// What is left, and how it comes into a fresh machine.
 struct Remains {
     std::string registry;                         // a machine file
     std::map<std::u16string, std::string> files;  // bytes by path
 
+    static Remains Of(platform::Machine& machine);
     void PutInto(platform::Machine& machine) const;
+    // The files alone.
+    void PutFilesInto(platform::Machine& machine) const;
 };
 
 // Watches the counted calls of a machine, which it borrows, from its making on until it goes.

@@ -197,7 +197,13 @@ void Sample::AddPort(std::string& text, int port) const {
     text += "\"Up\"=dword:1\n";
 }
 
+Sample& Sample::Whole(const std::string& text) {
+    m_whole = text;
+    return *this;
+}
+
 std::string Sample::Text() const {
+    if (!m_whole.empty()) return m_whole;
     std::string text = kMachine;
     if (m_vlans != 0) text += ManyVlans(m_vlans);
     text += Key("SOFTWARE\\StandIn\\DeviceTree");

@@ -28,6 +28,9 @@ class Sample {
     // A value of the first (1) or second (2) port's class key.
     Sample& PortValue(int port, const std::string& line);
 
+    // A machine file instead of what is described.
+    Sample& Whole(const std::string& text);
+
     std::string Text() const;
 
     static const char* ComponentId(Kind kind);
@@ -49,5 +52,6 @@ class Sample {
     std::vector<std::string> m_macs = {"00-02-C9-11-22-33", "00-02-C9-11-22-34"};
     bool m_card = true;
     int m_vlans = 0;
+    std::string m_whole;
     std::vector<std::pair<std::string, std::string>> m_more;
 };
