@@ -213,6 +213,7 @@ bool Desktop::Enable(HWND handle, bool enable) {
     if (!window) return false;
     const bool wasDisabled = !window->IsEnabled();
     if (wasDisabled == enable) {
+        if (!enable && Focus() == handle) SetFocus(nullptr);
         window->style ^= WS_DISABLED;
         Send(handle, WM_ENABLE, enable);
     }

@@ -38,6 +38,18 @@ TEST_F(ControlsTest, RadioButtonsUncheckTheRestOfTheirGroup) {
     }
 }
 
+TEST_F(ControlsTest, ADisabledWindowHasNoFocus) {
+    Open(IDD_BUTTONS);
+    ShowWindow(dialog, SW_SHOW);
+    SetFocus(Item(IDC_PUSH));
+    EnableWindow(Item(IDC_AUTO_CHECK), FALSE);
+    EXPECT_EQ(GetFocus(), Item(IDC_PUSH)) << "another one";
+    EnableWindow(Item(IDC_PUSH), FALSE);
+    EXPECT_EQ(GetFocus(), nullptr);
+    EnableWindow(Item(IDC_PUSH), TRUE);
+    EXPECT_EQ(GetFocus(), nullptr) << "it doesn't come back by itself";
+}
+
 TEST_F(ControlsTest, AClickTellsTheParentOnceTheCheckIsChanged) {
     using Checks = std::vector<UINT>;
     const struct {

@@ -88,6 +88,9 @@ TEST_F(RegistryTest, PathsOpen) {
 TEST_F(RegistryTest, ValuesComeBackAsTheyWereSet) {
     ASSERT_EQ(Set(scratch, TEXT("Name"), {1, 2, 3, 4, 5}, REG_SZ), 0);
     ASSERT_EQ(RegSetValueExW(scratch, nullptr, 0, 0xFFFF0001, nullptr, 0), 0);
+    ASSERT_EQ(Set(scratch, TEXT("Unended"), {'a', 0, 0, 0}, REG_MULTI_SZ), 0);
+    ASSERT_EQ(Set(scratch, TEXT("Odd"), {'a', 0, 0, 0, 'b'}, REG_MULTI_SZ), 0);
+    ASSERT_EQ(Set(scratch, TEXT("Empty"), {}, REG_MULTI_SZ), 0);
     const struct {
         const WCHAR* name;
         DWORD capacity;
@@ -100,6 +103,15 @@ TEST_F(RegistryTest, ValuesComeBackAsTheyWereSet) {
         {TEXT("Name"), 4, ERROR_MORE_DATA, REG_SZ, 5, {9, 9, 9, 9, 9, 9}, "a short buffer stays"},
         {TEXT(""), 6, 0, 0xFFFF0001, 0, {9, 9, 9, 9, 9, 9}, "the default value"},
         {TEXT("None"), 6, ERROR_FILE_NOT_FOUND, 77, 6, {9, 9, 9, 9, 9, 9}, "absent"},
+        {TEXT("Unended"),
+         6,
+         0,
+         REG_MULTI_SZ,
+         4,
+         {'a', 0, 0, 0, 9, 9},
+         "a list stays without its end"},
+        {TEXT("Odd"), 6, 0, REG_MULTI_SZ, 5, {'a', 0, 0, 0, 'b', 9}, "and half a character stays"},
+        {TEXT("Empty"), 6, 0, REG_MULTI_SZ, 0, {9, 9, 9, 9, 9, 9}, "no list at all"},
     };
     for (const auto& row : cases) {
         SCOPED_TRACE(row.why);
