@@ -140,6 +140,12 @@ void PressControl(HWND dialog, const Text& label) {
 
 void PressKey(HWND dialog, WPARAM key) {
     const HWND focus = GetFocus();
+    // A push button that was clicked with the mouse is the default one, unlike after BM_CLICK.
+    const LRESULT code = key == VK_RETURN ? SendMessageW(focus, WM_GETDLGCODE, 0, 0) : 0;
+    if ((code & (DLGC_DEFPUSHBUTTON | DLGC_UNDEFPUSHBUTTON)) != 0) {
+        PostMessageW(focus, BM_CLICK, 0, 0);
+        return;
+    }
     PostMessageW(GetParent(focus) == dialog ? focus : dialog, WM_KEYDOWN, key, 0);
 }
 

@@ -31,13 +31,22 @@ bool IsOnTheWay(const Text& path) {
     return StartsWithNoCase(kMiniports, path + TEXT('\\'));
 }
 
+// A device's class, which Wine may write anew in small letters when it lists the device.
+void CapitaliseClass(Key::Value& value) {
+    if (!EqualNoCase(value.name, TEXT("ClassGUID"))) return;
+    CharUpperBuffW(reinterpret_cast<WCHAR*>(value.data.data()),
+                   static_cast<DWORD>(value.data.size() / sizeof(WCHAR)));
+}
+
 KeySnapshot Take(const Text& path, bool withAll = true) {
     KeySnapshot snapshot;
     const Key key(path);
     if (key.Status() != ERROR_SUCCESS) return snapshot;
     if (withAll) {
-        for (Key::Value& value : key.Values())
+        for (Key::Value& value : key.Values()) {
+            CapitaliseClass(value);
             snapshot.values.emplace(value.name, std::move(value));
+        }
     }
     for (const Text& name : key.Subkeys()) {
         Text below = path;

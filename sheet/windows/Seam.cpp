@@ -56,6 +56,12 @@ bool RunCommand(Text commandLine) {
     return exitCode == 0;
 }
 
+// Where the program was started. A file dialog changes the current directory.
+const std::filesystem::path& StartDirectory() {
+    static const auto directory = std::filesystem::current_path();
+    return directory;
+}
+
 const std::map<Text, KeySnapshot, NameLess>& RegistryBefore() {
     static const auto before = TakeRegistrySnapshot();
     return before;
@@ -92,7 +98,7 @@ bool MayBoxComeYet(int looks) {
 }
 
 void MergeFile(const std::string& path) {
-    std::ifstream file(std::filesystem::path(FromUtf8(path)), std::ios::binary);
+    std::ifstream file(StartDirectory() / FromUtf8(path), std::ios::binary);
     if (!file) throw Refusal{path + ": can't be read"};
     std::string bytes((std::istreambuf_iterator<char>(file)), std::istreambuf_iterator<char>());
     // The system's import takes UTF-16, lowest byte first, behind a byte-order mark.
@@ -108,6 +114,7 @@ void MergeFile(const std::string& path) {
 
 void RememberRegistry() {
     LibraryStreams();
+    StartDirectory();
     RegistryBefore();
 }
 
