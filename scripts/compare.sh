@@ -1,7 +1,8 @@
 #!/usr/bin/env bash
 # Runs each script of samples/scripts/ on the host and in a real property sheet under Wine, and compares
-# what both print and the files that they leave on drive C.
-#   scripts/compare.sh [NAME]      the scripts whose name holds NAME
+# what both print and the files that they leave on drive C. Then does the same with a few random scripts.
+#   scripts/compare.sh [NAME]             only the scripts whose name holds NAME
+#   scripts/compare.sh --random N SEED    N random scripts, the first of which is that of SEED
 # Needs build/host-sanitized and build/windows. Both sides are kept in build/wine/compare/.
 set -uo pipefail
 cd "$(dirname "$0")/.." || exit 1
@@ -11,7 +12,12 @@ host=build/host-sanitized/bin/sheet
 windows=build/windows/bin
 work=$wine_work/compare
 exceptions=samples/scripts/wine-exceptions
-name=${1-}
+name= random=6 seed=1
+case ${1-} in
+    '') ;;
+    --random) random=$2 seed=$3 ;;
+    *) name=$1 random=0 ;;
+esac
 
 # What can't be the same: how Wine spells its own folder, that the system adds the terminator to a text
 # that is written without one, and that Wine doesn't know in which order values were made.
@@ -19,6 +25,9 @@ normalise() {
     perl -ne '
         s/C:(\\+)windows\b/C:$1Windows/g;
         s/^(".*"=)hex\(1\):((?:[2-7][0-9a-f],00,?)+)$/$1 . "\"" . pack("C*", map { hex } split(",00,?", $2)) . "\""/e;
+        if (/^; Set again below/) { $moved = 1; next }
+        next if $moved && /^".*"=-$/;
+        $moved = 0;
         if ($goes_on) { $values[-1] .= $_ } elsif (/^(?:"|@=)/) { push @values, $_ } else { print sort @values; @values = (); print }
         $goes_on = @values && /\\$/;
         END { print sort @values }'
@@ -58,35 +67,42 @@ run_host() {
     files "$folder/c" "$folder/start" >>"$folder/host"
 }
 
+# begin_windows: makes and starts the Windows in WINEPREFIX, unless it runs.
+begin_windows() {
+    [ ! -e "$WINEPREFIX" ] || return 0
+    copy_prefix "$work/prefix" "$WINEPREFIX" && start_prefix "$WINEPREFIX" || return
+    ln -s "$root/samples" "$root/build" "$WINEPREFIX/drive_c/"
+}
+
+end_windows() {
+    end_prefix "$WINEPREFIX"
+    rm -rf "$WINEPREFIX"
+}
+
 # run_windows FOLDER SCRIPT SAMPLE [OPTION...]: in drive C's own folder, where the host's names lead too.
 # The time-out ends a program that hangs; what the script sees has a clock of its own.
 run_windows() {
-    local folder=$1 script=$2 sample=$3
+    local folder=$1 script=$2 sample=$3 c=$WINEPREFIX/drive_c
     shift 3
-    export WINEPREFIX=$folder/prefix
-    local c=$WINEPREFIX/drive_c
-    rm -rf "$WINEPREFIX" "$folder/started"
-    copy_prefix "$work/prefix" "$WINEPREFIX" && start_prefix "$WINEPREFIX" || return $no_wine
+    rm -f "$folder/started"
+    begin_windows || return $no_wine
     drive_c "$c"
-    ln -s "$PWD/samples" "$c/samples"
     import_sample "$sample" "$folder/import.reg" "$host" || return
     touch "$folder/start"
     (cd "$c" && exec timeout 600 "$wine" "$root/$windows/sheet.exe" --started "$(windows_path "$folder")\\started" \
         --lend "$(windows_path "$root/$windows/lend.dll")" "$@" --script "$script") >"$folder/windows" 2>"$folder/errors"
     local code=$?
-    end_prefix "$WINEPREFIX"
-    [ -e "$folder/started" ] || return $no_wine
+    [ -e "$folder/started" ] || { end_windows; return $no_wine; }
     # Wine has something to say of its own there.
     grep '^sheet: ' "$folder/errors" >>"$folder/windows"
     echo "exit $code" >>"$folder/windows"
     files "$c" "$folder/start" >>"$folder/windows"
+    find "$c" -depth -newer "$folder/start" ! -ipath '*/windows/temp*' ! -ipath '*/users*' \( -type f -o -type d -empty \) -delete
 }
 
-# compare SCRIPT: leaves its verdict in a file of its own.
+# compare SCRIPT FOLDER: leaves its verdict in the folder.
 compare() {
-    local script=$1 folder machine
-    folder=$work/$(basename "$script" .txt)
-    mkdir -p "$folder"
+    local script=$1 folder=$2 machine
     # The script's own comment says on which machine it is meant to run.
     mapfile -t machine < <(sed -n 's/^#  *sheet \(samples\/.*\) --script .*/\1/p' "$script" | head -n 1 | xargs -n 1)
     if [ ${#machine[@]} = 0 ]; then
@@ -103,8 +119,6 @@ compare() {
         cp "$folder/errors" "$folder/windows"
         echo "Wine didn't start, or took no import of ${machine[0]}" >>"$folder/windows"
     fi
-    end_prefix "$folder/prefix"
-    rm -rf "$folder/prefix"
     normalise <"$folder/host" >"$folder/host.text"
     normalise <"$folder/windows" >"$folder/windows.text"
     diff -u --label "$script on the host" "$folder/host.text" --label "$script under Wine" "$folder/windows.text" >"$folder/difference"
@@ -113,19 +127,39 @@ compare() {
 for program in "$host" "$windows/sheet.exe" "$windows/lend.dll"; do
     [ -e "$program" ] || { echo "$program isn't built"; exit 1; }
 done
+# compare_all NUMBER: compares, in a Windows of its own, the scripts that no other takes.
+compare_all() {
+    export WINEPREFIX=$work/windows-$1
+    local script folder
+    for script in "${scripts[@]}"; do
+        folder=$work/$(basename "$script" .txt)
+        mkdir "$folder" 2>/dev/null || continue
+        if [ ! -e "$script" ]; then
+            drive_c "$folder/random-c"
+            scripts/random-script.pl "${folder##*random-}" "$host" "$script" "$folder/random-c" 2>/dev/null
+        fi
+        compare "$script" "$folder"
+    done
+    end_windows
+}
+
 shopt -s nullglob
 scripts=()
-for script in samples/scripts/*"$name"*.txt; do
-    grep -q "^script $(basename "$script" .txt) " "$exceptions" || scripts+=("$script")
+if [ "${1-}" != --random ]; then
+    for script in samples/scripts/*"$name"*.txt; do
+        grep -q "^script $(basename "$script" .txt) " "$exceptions" || scripts+=("$script")
+    done
+fi
+for ((i = 0; i < random; ++i)); do
+    scripts+=("${work#"$root"/}/random-$((seed + i))/random-$((seed + i)).txt")
 done
 [ ${#scripts[@]} -gt 0 ] || { echo "no script to compare is named so"; exit 1; }
 rm -rf "$work"
 mkdir -p "$work"
-trap 'for prefix in "$work"/*/prefix; do end_prefix "$prefix"; done; rm -rf "$work"/prefix "$work"/*/prefix' EXIT
+trap 'for WINEPREFIX in "$work"/windows-*; do end_windows; done; rm -rf "$work"/prefix' EXIT
 once_more "an empty Windows" new_prefix "$work/prefix" || { echo "no Windows could be made in $work/prefix"; exit 1; }
-for script in "${scripts[@]}"; do
-    while [ "$(jobs -pr | wc -l)" -ge 4 ]; do wait -n; done
-    compare "$script" &
+for number in 1 2 3 4; do
+    compare_all "$number" &
 done
 wait
 differ=0
@@ -136,5 +170,5 @@ for script in "${scripts[@]}"; do
     differ=$((differ + 1))
     cat "$difference"
 done
-echo "${#scripts[@]} scripts compared, $differ differ"
+echo "${#scripts[@]} scripts compared, $random of them random from seed $seed on, $differ differ"
 [ "$differ" = 0 ]

@@ -38,11 +38,6 @@ new_prefix() {
     rm -rf "$1"
     start_prefix "$1"
     WINEPREFIX=$1 "$wine" wineboot -i >/dev/null 2>&1
-    # What it brings itself would stand among the values of a sample.
-    local key
-    for key in Services\\Tcpip\\Parameters Enum\\ROOT; do
-        WINEPREFIX=$1 "$wine" reg delete "HKLM\\System\\CurrentControlSet\\$key" /f >/dev/null 2>&1
-    done
     local code=0
     WINEPREFIX=$1 "$wine" reg add 'HKCU\Software\Wine\Drivers' /v Graphics /d null /f >/dev/null 2>&1 || code=$no_wine
     end_prefix "$1"
@@ -89,11 +84,24 @@ version() {
 END
 }
 
+# What a sample or the library may make, and what stands there of Wine's own.
+sample_keys=(
+    'SOFTWARE\Corvanta' 'SOFTWARE\StandIn'
+    'SYSTEM\CurrentControlSet\Control\Class\'{'{4D36E972-E325-11CE-BFC1-08002BE10318}','{4D36E97D-E325-11CE-BFC1-08002BE10318}'}
+    'SYSTEM\CurrentControlSet\Control\Network'
+    'SYSTEM\CurrentControlSet\Enum\'{IBA,PCI,ROOT,TSR4}
+    'SYSTEM\CurrentControlSet\Services\'{AFD,MUXMP,MUXP,'Tcpip\Parameters'})
+
 # import_sample SAMPLE SCRATCH SHEET: the machine file, with the version that it names, becomes that
-# of the prefix in WINEPREFIX, which has been started. SHEET turns it into what the system's own import
-# takes.
+# of the prefix in WINEPREFIX, which has been started, in place of an earlier one. SHEET turns it into what
+# the system's own import takes.
 import_sample() {
     "$3" "$1" --script - --save "$2" </dev/null || return 1
-    version "$1" | sed 's/$/\r/' | iconv -t UTF-16LE >>"$2"
+    {
+        echo 'Windows Registry Editor Version 5.00'
+        printf '\n[-HKEY_LOCAL_MACHINE\\%s]\n' "${sample_keys[@]}"
+        iconv -f UTF-16 -t UTF-8 "$2" | sed '1d; s/\r$//'
+        version "$1"
+    } | sed 's/$/\r/' | iconv -f UTF-8 -t UTF-16 >"$2.new" && mv "$2.new" "$2"
     "$wine" regedit /S "$(windows_path "$2")" 2>/dev/null || return $no_wine
 }
