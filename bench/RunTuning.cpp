@@ -2,10 +2,10 @@
 // and that it reads and writes no registry value twice for one purpose.
 
 #include <algorithm>
-#include <string_view>
 
 #include <prsht.h>
 
+#include "CallKinds.h"
 #include "Fixture.h"
 #include "MachineFile.h"
 #include "Text.h"
@@ -57,13 +57,7 @@ void OnTab(TestMachine& test, const Device& device, int control,
     EXPECT_TRUE(test.RunSheet(std::move(provided)));
 }
 
-// The kinds of calls, each with the beginnings of its names.
-struct Kind {
-    const char* name;
-    std::vector<std::string_view> beginnings;
-};
-
-const Kind kKinds[] = {
+const CallKind kKinds[] = {
     {"key", {"RegOpen", "RegClose", "RegEnum"}},
     {"read", {"RegQuery"}},
     {"write", {"RegSet", "RegDelete"}},
@@ -76,20 +70,6 @@ const Kind kKinds[] = {
     {"window", {"GetDlgItem", "IsDlg", "SendMessage", "CheckDlg", "IsWindow", "GetWindowLong"}},
     {"other", {""}},
 };
-
-void CountCalls(const platform::Trace& trace, benchmark::State& state) {
-    for (const Kind& kind : kKinds)
-        state.counters[kind.name] = 0;
-    for (const auto& call : trace.Records()) {
-        const auto kind = std::ranges::find_if(kKinds, [&](const Kind& candidate) {
-            return std::ranges::any_of(candidate.beginnings, [&](std::string_view beginning) {
-                return std::string_view(call.name).starts_with(beginning);
-            });
-        });
-        ++state.counters[kind->name].value;
-    }
-    state.counters["calls"] = static_cast<double>(trace.Records().size());
-}
 
 // How often a press has a purpose for a value: to learn its size, to read it, to change it.
 struct Purposes {
@@ -143,7 +123,7 @@ void RunTuning(benchmark::State& state, const Device& device, const Scenario& sc
         test.machine.trace.Stop();
         CheckValues(device, scenario, recorder.Values());
     });
-    CountCalls(test.machine.trace, state);
+    CountCalls(test.machine.trace, kKinds, state);
 }
 
 void Presses(benchmark::internal::Benchmark* benchmark) {
