@@ -117,6 +117,31 @@ TEST(VlanEdit, AddsAndRemoves) {
     EXPECT_EQ(test.Texts(), asked);
 }
 
+// "0001" is another text than "1", so only the layer can refuse it.
+TEST(VlanEdit, AddsThe4095thVlanAndRefusesThe4096th) {
+    VlanTest test(Sample().Vlans(4094));
+    test.user.agrees = true;
+    test.user.Do([&] {
+        constexpr unsigned count = 4095;
+        for (int command = 0; command < 2; ++command) {
+            test.Press(IDC_VLAN_NEW);
+            EXPECT_EQ(SendDlgItemMessageW(test.Page(), IDC_VLAN_LIST, LVM_GETITEMCOUNT, 0, 0),
+                      count);
+            EXPECT_EQ(test.Number("SYSTEM\\CurrentControlSet\\Services\\MUXMP\\Enum", u"Count"),
+                      count);
+            EXPECT_EQ(test.Bytes(kAdapters + Sample::Guid(1), u"UpperBindings")->second.size(),
+                      std::size_t{count} * 2 * (46 + 1) + 2);
+        }
+    });
+    test.user.Do([] { VlanTest::Edit(u"x", u"4095"); });
+    test.user.Do([] { VlanTest::Edit(u"y", u"0001"); });
+    EXPECT_TRUE(test.RunSheet());
+    const std::vector<std::u16string> asked = {kQuestion, kQuestion,
+                                               u"Failed to add VLAN adapter."};
+    EXPECT_EQ(test.Texts(), asked);
+    EXPECT_EQ(test.Restarts(1), 1u);
+}
+
 // Neither the box nor the dialog of a command lets the sheet go.
 TEST(VlanEdit, ASheetStaysAsLongAsACommandRuns) {
     VlanTest test(WithVlans(2));
