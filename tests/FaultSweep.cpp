@@ -3,6 +3,7 @@
 #include <algorithm>
 #include <iostream>
 #include <iterator>
+#include <utility>
 
 #include "Registry.h"
 #include "Text.h"
@@ -195,9 +196,9 @@ FaultSweep::Result FaultSweep::RunOnce(std::uint64_t n, bool lasting) const {
             observed.boxes.push_back(
                 Box(platform::ToUtf8(box.caption), platform::ToUtf8(box.text), box.style));
         }
-        const Lines log = test.LogLines();
-        observed.log.assign(log.begin() + static_cast<std::ptrdiff_t>(linesSeen), log.end());
-        linesSeen = log.size();
+        const Lines lines = log ? log(test) : test.LogLines();
+        observed.log.assign(lines.begin() + static_cast<std::ptrdiff_t>(linesSeen), lines.end());
+        linesSeen = lines.size();
         observed.values = Snapshot(test);
         observed.values.merge(notes);
         return observed;
@@ -206,11 +207,14 @@ FaultSweep::Result FaultSweep::RunOnce(std::uint64_t n, bool lasting) const {
         const Entries open = OpenEntries(test);
         result.before = Snapshot(test);
         Values last = result.before;
+        auto generation = test.machine.Get<platform::Registry>().Generation();
         test.machine.trace.Start();
         if (n != 0) {
             test.machine.faults.FailNth(n, lasting);
         } else {
             test.machine.trace.onCall = [&](const auto&) {
+                const auto changes = test.machine.Get<platform::Registry>().Generation();
+                if (std::exchange(generation, changes) == changes) return;
                 Values now = Snapshot(test);
                 NoteChanges(last, now, result.written);
                 last = std::move(now);

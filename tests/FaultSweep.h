@@ -98,6 +98,8 @@ class FaultSweep {
     Lines onceOnly{};
     // Rewrites what differs from run to run, such as numbers and GUIDs that are given anew.
     std::function<void(Values& values)> normalise{};
+    // The lines that stand for the log. Default: the tuning log's.
+    std::function<Lines(const TestMachine& test)> log{};
 
     // Says how many calls it has failed.
     void Execute() const;
